@@ -1,0 +1,36 @@
+// The whole public interface of the conversion library.
+#pragma once
+
+#include <MediaConversion/MediaPipeline/ControllableFilter.h>
+#include <MediaConversion/MediaPipeline/Encoder.h>
+#include <MediaConversion/MediaPipeline/Frame.h>
+#include <MediaConversion/MediaPipeline/FrameDispatch.h>
+#include <MediaConversion/MediaPipeline/FrameFormat.h>
+#include <MediaConversion/MediaPipeline/FrameInterfaces.h>
+#include <MediaConversion/MediaPipeline/FramePipeline.h>
+#include <MediaConversion/MediaPipeline/FrameSinkDestination.h>
+#include <MediaConversion/MediaPipeline/FullFrame.h>
+#include <MediaConversion/MediaPipeline/ImageFrame.h>
+#include <MediaConversion/MediaPipeline/MemoryPool.h>
+#include <MediaConversion/MediaPipeline/NullProcessors.h>
+#include <MediaConversion/MediaPipeline/OpenCvMatAllocator.h>
+#include <MediaConversion/MediaPipeline/PackedFrame.h>
+#include <MediaConversion/MediaPipeline/PixelPacking.h>
+#include <MediaConversion/MediaPipeline/RawFrameData.h>
+#include <MediaConversion/MediaPipeline/TextureProcessors.h>
+#include <MediaConversion/Version.h>
+#include <MediaConversion/converters/ColourTransforms.h>
+#include <MediaConversion/converters/ConvertBitDepth.h>
+#include <MediaConversion/converters/ConvertNoOperation.h>
+#include <MediaConversion/converters/ImageColourspace.h>
+#include <MediaConversion/converters/ImageRGBtoYCbCr42x.h>
+#include <MediaConversion/converters/ImageRGBtoYCoCgDXT5.h>
+#include <MediaConversion/converters/ImageToFullFrame.h>
+#include <MediaConversion/converters/ImageToPackedFrame.h>
+#include <MediaConversion/converters/ImageYCbCr42xToRGB.h>
+#include <MediaConversion/converters/ImageYCoCgDXT5toRGB.h>
+#include <MediaConversion/converters/TableProcessor.h>
+#include <MediaConversion/mediafile/Exceptions.h>
+#include <MediaConversion/mediafile/FileStream.h>
+#include <MediaConversion/mediafile/HeaderStreamBuilders.h>
+#include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>

@@ -1,0 +1,41 @@
+// The colour transforms of single pixels. The operations stand in the order in which they are to be
+// performed: the results are the same to the last bit everywhere, as long as no multiplication is fused with
+// an addition.
+#pragma once
+
+namespace MediaConversion {
+
+/// The luma of ITU-T T.871, on samples of 0..1; neither rounds nor clamps.
+inline void BgrToY(double b, double g, double r, double& y) { y = (0.299 * r + 0.587 * g) + 0.114 * b; }
+
+/// Full-range YCbCr of ITU-T T.871 on samples of 0..1, u being Cb and v Cr, both centred on 0.5; neither
+/// rounds nor clamps.
+inline void BgrToYuv(double b, double g, double r, double& y, double& u, double& v) {
+    BgrToY(b, g, r, y);
+    u = ((0.5 * b - 0.168736 * r) - 0.331264 * g) + 0.5;
+    v = ((0.5 * r - 0.418688 * g) - 0.081312 * b) + 0.5;
+}
+
+/// The inverse of `BgrToYuv`; results may leave 0..1.
+inline void YuvToBgr(double y, double u, double v, double& b, double& g, double& r) {
+    b = y + 1.772 * (u - 0.5);
+    g = (y - 0.34414 * (u - 0.5)) - 0.71414 * (v - 0.5);
+    r = y + 1.402 * (v - 0.5);
+}
+
+/// Integer YCoCg, rounded half up (towards plus infinity). 8-bit samples give y in 0..255, co and cg in
+/// -127..128.
+inline void RgbToYCoCg(int r, int g, int b, int& y, int& co, int& cg) {
+    y = (r + 2 * g + b + 2) >> 2;
+    co = (2 * (r - b) + 2) >> 2;
+    cg = (2 * g - r - b + 2) >> 2;
+}
+
+/// The inverse of the unrounded transform; results may leave the range of the samples.
+inline void YCoCgToRgb(int y, int co, int cg, int& r, int& g, int& b) {
+    r = y + co - cg;
+    g = y + cg;
+    b = y - co - cg;
+}
+
+} // namespace MediaConversion

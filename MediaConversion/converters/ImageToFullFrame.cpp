@@ -1,0 +1,7 @@
+#include <MediaConversion/converters/ImageToFullFrame.h>
+
+namespace MediaConversion {
+
+const ImageToFullFrame::ConversionTable ImageToFullFrame::packingConversion;
+
+} // namespace MediaConversion

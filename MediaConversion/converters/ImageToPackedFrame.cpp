@@ -1,0 +1,7 @@
+#include <MediaConversion/converters/ImageToPackedFrame.h>
+
+namespace MediaConversion {
+
+const ImageToPackedFrame::ConversionTable ImageToPackedFrame::packingConversion;
+
+} // namespace MediaConversion
