@@ -51,8 +51,11 @@ std::unique_ptr<PackedFrame> PackedFrame::createRaw(FrameFormat const& format, i
 
 PackedFrame::PackedFrame(FrameFormat const& format) : ImageFrame(openCvTypes, format) {}
 
-PackedFrame::PackedFrame(FrameFormat const& format, int rows, int columns)
-    : ImageFrame(openCvTypes, format, packedRows(format, rows), packedColumns(format, columns)) {}
+PackedFrame::PackedFrame(FrameFormat const& format, int rows, int columns) : ImageFrame(openCvTypes, format) {
+    int const matrixRows = packedRows(format, rows);
+    int const matrixColumns = packedColumns(format, columns);
+    setImage(cv::Mat(matrixRows, matrixColumns, openCvType()));
+}
 
 PackedFrame::PackedFrame(FrameFormat const& format, int rows, int columns,
                          std::vector<std::uint8_t> const& bytes)

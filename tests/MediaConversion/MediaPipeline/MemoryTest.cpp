@@ -51,8 +51,8 @@ TEST(MemoryPool, UseStartsTheIdleCountAfresh) {
     IMemoryResource* const small = pool.acquire(10);
     for (int round = 0; round < 5; ++round) {
         pool.release(small);
-        pool.release(pool.acquire(1000));
-        pool.release(pool.acquire(1000));
+        pool.acquire(1000);
+        pool.acquire(1000);
         EXPECT_EQ(pool.acquire(10), small);
     }
 }

@@ -1,0 +1,262 @@
+// Tries a converter on many pictures and compares every byte with a plain evaluation of the same formula.
+//
+// A test of a conversion is
+//
+//     expectConverts<ImageX>(source format, destination format, [](cv::Mat const& source, cv::Mat& expected)
+//     {
+//         ... write each element of `expected`, which has the destination's type and size already ...
+//     });
+//
+// and one of the table of conversions
+//
+//     expectServesExactly<ImageX>({{source, destination}, ...}, "X conversion is not supported from ");
+#pragma once
+
+#include <MediaConversion/MediaPipeline/FullFrame.h>
+#include <MediaConversion/MediaPipeline/PackedFrame.h>
+
+#include <tests/TestSupport.h>
+
+#include <opencv2/core.hpp>
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <random>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace TestSupport {
+
+using Zentrel::FrameFormat;
+using Zentrel::FullFrame;
+using Zentrel::PackedFrame;
+
+/// The kinds of pictures: random samples in the range of their depth (float ones somewhat beyond), limits and
+/// oddities among random samples, and all channels equal over everything that the sample's type can hold.
+/// Elements of packed formats are random bytes, limits among random bytes, and bytes that are all equal.
+enum class Filling { Noise, Limits, NeutralRamp };
+
+inline double fullScale(Zentrel::ChannelType depth) {
+    constexpr double scales[] = {255, 1023, 4095, 32768, 65535, 1};
+    return scales[static_cast<std::size_t>(depth)];
+}
+
+/// The values where the samples of a depth may be mistreated.
+inline std::vector<double> limitsOf(Zentrel::ChannelType depth) {
+    if (depth == Zentrel::ChannelType::F32)
+        return {NAN,     INFINITY, -INFINITY, FLT_MAX, -FLT_MAX, -0.5, -0.0,
+                FLT_MIN, 0.0,      0.5,       1.0,     1.5,      1e10, std::nextafter(1.0f, 0.0f)};
+    double const scale = fullScale(depth), half = std::floor(scale / 2);
+    if (depth == Zentrel::ChannelType::U8)
+        return {0, 1, half, half + 1, scale - 1, scale};
+    return {0, 1, half, half + 1, scale - 1, scale, std::min(scale + 1, 65535.0), 65534, 65535};
+}
+
+/// Numbers that are the same in every run, on every machine.
+class Seeded {
+public:
+    std::uint32_t below(std::size_t limit) {
+        return static_cast<std::uint32_t>(engine() * std::uint64_t{limit} >> 32);
+    }
+    template <class Values>
+    auto oneOf(Values const& values) {
+        return values[below(std::size(values))];
+    }
+
+private:
+    std::mt19937 engine{1};
+};
+
+inline void fillFull(cv::Mat& matrix, Zentrel::ChannelType depth, Filling filling) {
+    Seeded seeded;
+    bool const isFloat = depth == Zentrel::ChannelType::F32;
+    double const scale = fullScale(depth);
+    auto const noise = [&] {
+        return isFloat ? seeded.below(1 << 24) * 1.5 / (1 << 24) - 0.25
+                       : seeded.below(static_cast<std::size_t>(scale) + 1);
+    };
+    auto const limits = limitsOf(depth);
+    double const rampSteps = isFloat ? std::max<double>(matrix.total() - 1.0, 1) : matrix.total();
+    double const rampTop = isFloat ? 1 : depth == Zentrel::ChannelType::U8 ? 256 : 65536;
+
+    cv::Mat samples(matrix.rows, matrix.cols, CV_64FC(matrix.channels()));
+    auto* sample = samples.ptr<double>();
+    for (std::size_t pixel = 0; pixel < matrix.total(); ++pixel) {
+        double const ramp = pixel * rampTop / rampSteps;
+        for (int channel = 0; channel < matrix.channels(); ++channel)
+            *sample++ = filling == Filling::NeutralRamp ? (isFloat ? ramp : std::floor(ramp))
+                        : filling == Filling::Limits && seeded.below(2) == 0 ? seeded.oneOf(limits)
+                                                                             : noise();
+    }
+    samples.convertTo(matrix, matrix.depth());
+}
+
+inline void fillPacked(cv::Mat& matrix, Filling filling) {
+    Seeded seeded;
+    constexpr std::uint8_t limits[] = {0x00, 0x01, 0x7f, 0x80, 0xfe, 0xff};
+    std::size_t const elementBytes = matrix.elemSize();
+    for (int row = 0; row < matrix.rows; ++row)
+        for (std::size_t i = 0; i < matrix.cols * elementBytes; ++i)
+            matrix.ptr(row)[i] = static_cast<std::uint8_t>(
+                filling == Filling::NeutralRamp                      ? row * matrix.cols + i / elementBytes
+                : filling == Filling::Limits && seeded.below(2) == 0 ? seeded.oneOf(limits)
+                                                                     : seeded.below(256));
+}
+
+inline int openCvTypeOf(FrameFormat const& format) {
+    return FullFrame::is(format) ? FullFrame::openCvTypes.at(format) : PackedFrame::openCvTypes.at(format);
+}
+
+/// The matrix size of a picture.
+inline cv::Size elementsOf(FrameFormat const& format, cv::Size pixels) {
+    auto const block = format.pixelPacking.pixels();
+    return {pixels.width / static_cast<int>(block.columns), pixels.height / static_cast<int>(block.rows)};
+}
+
+inline std::unique_ptr<Zentrel::IImageFrame> frameOf(FrameFormat const& format, cv::Mat const& matrix) {
+    if (FullFrame::is(format))
+        return std::make_unique<FullFrame>(format, matrix, Zentrel::Frame::Origin::TopLeft);
+    return std::make_unique<PackedFrame>(format, matrix, Zentrel::Frame::Origin::TopLeft);
+}
+
+/// A source picture inside a larger matrix: guard bytes stand before and behind every row, so that its rows
+/// are not contiguous, and whoever reads beside them gets plausible samples that are not the picture's.
+class GuardedPicture {
+public:
+    GuardedPicture(FrameFormat const& format, cv::Size pixels, Filling filling) : format(format) {
+        constexpr int margin = 3;
+        cv::Size const size = elementsOf(format, pixels);
+        surroundings.create(size.height + 2 * margin, size.width + 2 * margin, openCvTypeOf(format));
+        std::memset(surroundings.data, 0x3f, surroundings.total() * surroundings.elemSize());
+        region = surroundings(cv::Rect({margin, margin}, size));
+        if (FullFrame::is(format))
+            fillFull(region, format.channelType, filling);
+        else
+            fillPacked(region, filling);
+        original = surroundings.clone();
+    }
+
+    cv::Mat const& matrix() const { return region; }
+    std::unique_ptr<Zentrel::IImageFrame> frame() const { return frameOf(format, region); }
+    /// Neither the picture nor what surrounds it was written to.
+    bool untouched() const {
+        return std::memcmp(surroundings.data, original.data, original.total() * original.elemSize()) == 0;
+    }
+
+private:
+    FrameFormat format;
+    cv::Mat surroundings, original, region;
+};
+
+inline std::string hexOf(std::uint8_t const* bytes, std::size_t count) {
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i)
+        text += cv::format("%02x ", bytes[i]);
+    return text;
+}
+
+/// Fails the test at the first element that differs.
+inline void expectSameBytes(cv::Mat const& actual, cv::Mat const& expected) {
+    ASSERT_EQ(actual.type(), expected.type());
+    ASSERT_EQ(actual.size(), expected.size());
+    std::size_t const bytes = expected.elemSize();
+    for (int row = 0; row < expected.rows; ++row) {
+        if (std::memcmp(actual.ptr(row), expected.ptr(row), expected.cols * bytes) == 0)
+            continue;
+        int column = 0;
+        while (std::memcmp(actual.ptr(row, column), expected.ptr(row, column), bytes) == 0)
+            ++column;
+        FAIL() << "row " << row << " column " << column << " of the matrix: got "
+               << hexOf(actual.ptr(row, column), bytes) << "instead of "
+               << hexOf(expected.ptr(row, column), bytes);
+    }
+}
+
+/// Sizes in pixels that both formats can have: from one block up, around the widths of vectors, and one that
+/// has room for the whole ramp of 16 bits.
+inline std::vector<cv::Size> sizesFor(FrameFormat const& source, FrameFormat const& destination) {
+    auto const a = source.pixelPacking.pixels(), b = destination.pixelPacking.pixels();
+    int const blockWidth = static_cast<int>(std::max(a.columns, b.columns));
+    int const blockHeight = static_cast<int>(std::max(a.rows, b.rows));
+    auto const wholeBlocks = [&](int width) { return (width + blockWidth - 1) / blockWidth * blockWidth; };
+
+    std::set<int> widths;
+    for (int const width : {1, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64, 65})
+        widths.insert({wholeBlocks(width), wholeBlocks(width) + blockWidth});
+    std::vector<cv::Size> sizes{{256, 256}, {blockWidth, 5 * blockHeight}};
+    for (int const width : widths)
+        sizes.push_back({width, (1 + width % 3) * blockHeight});
+    return sizes;
+}
+
+/// What should become of a picture: writes every element of `expected`, which has the destination's type and
+/// size.
+using Reference = std::function<void(cv::Mat const& source, cv::Mat& expected)>;
+
+/// The result of one conversion through the processor's own entrance.
+template <class Processor>
+cv::Mat convertedBy(FrameFormat const& destination, std::unique_ptr<Zentrel::IImageFrame> source) {
+    int const rows = source->rows(), columns = source->cols();
+    auto const result = Processor(destination).onNewImage(std::move(source));
+    EXPECT_EQ(result->format(), destination);
+    EXPECT_EQ(result->rows(), rows);
+    EXPECT_EQ(result->cols(), columns);
+    return dynamic_cast<Zentrel::IImageFrame&>(*result).image();
+}
+
+/// The conversion agrees with the reference on all fillings and sizes, on one thread and on several, and
+/// leaves the source as it was.
+template <class Processor>
+void expectConverts(FrameFormat const& source, FrameFormat const& destination, Reference const& reference) {
+    int const threadsBefore = cv::getNumThreads();
+    for (Filling const filling : {Filling::Noise, Filling::Limits, Filling::NeutralRamp})
+        for (cv::Size const size : sizesFor(source, destination)) {
+            SCOPED_TRACE(
+                FrameFormat::toString(source) + " to " + FrameFormat::toString(destination) +
+                cv::format(", %d x %d, filling %d", size.width, size.height, static_cast<int>(filling)));
+            GuardedPicture const picture(source, size, filling);
+            cv::Mat expected(elementsOf(destination, size), openCvTypeOf(destination));
+            reference(picture.matrix(), expected);
+            for (int const threads : {1, 4}) {
+                cv::setNumThreads(threads);
+                ASSERT_NO_FATAL_FAILURE(
+                    expectSameBytes(convertedBy<Processor>(destination, picture.frame()), expected));
+            }
+            ASSERT_TRUE(picture.untouched());
+        }
+    cv::setNumThreads(threadsBefore);
+}
+
+/// Every format that frames can have.
+inline std::vector<FrameFormat> allFormats() {
+    std::vector<FrameFormat> formats{Zentrel::FullFrameFormat::YCBCR_ITU_T871_YCBCR_U10()};
+    for (auto const* table : {&FullFrame::openCvTypes, &PackedFrame::openCvTypes})
+        for (auto const& [format, type] : *table)
+            formats.push_back(format);
+    return formats;
+}
+
+using FormatPairs = std::set<std::pair<FrameFormat, FrameFormat>>;
+
+/// Of all pairs of formats the processor serves these and refuses the others, with its own message.
+template <class Processor>
+void expectServesExactly(FormatPairs const& pairs, std::string const& refusal) {
+    for (FrameFormat const& source : allFormats())
+        for (FrameFormat const& destination : allFormats()) {
+            std::string const names =
+                FrameFormat::toString(source) + " to " + FrameFormat::toString(destination);
+            auto const select = [&] { Processor::selectConversion(source, destination); };
+            if (pairs.count({source, destination}))
+                EXPECT_NO_THROW(select()) << names;
+            else
+                EXPECT_EQ(messageOf(select), refusal + names);
+        }
+}
+
+} // namespace TestSupport
