@@ -1,0 +1,94 @@
+// The layouts of compressed blocks of 4 x 4 pixels. A block is made of pieces of 64 bits; pixel i of a block
+// lies in column i mod 4 of row i / 4.
+//
+//   DXT1          one colour piece
+//   YCoCg-DXT5    one luma piece, then one colour piece with Co as red, Cg as green, and as blue the scale of
+//                 both, less one
+//
+// A piece is four little-endian 16-bit words, here from bit 15 on the left to bit 0:
+//
+//   colour piece    |    red 5    |     green 6     |   blue 5    |   endpoint 0
+//                   |    red 5    |     green 6     |   blue 5    |   endpoint 1
+//                   | p7  | p6  | p5  | p4  | p3  | p2  | p1 | p0 |   indices of the pixels,
+//                   | p15 | p14 | p13 | p12 | p11 | p10 | p9 | p8 |   2 bits each
+//
+//   luma piece      |      endpoint 1       |     endpoint 0      |
+//                   |p5|   p4   |   p3   |   p2   |   p1  |   p0  |   indices of pixels, 3 bits each, in a
+//                   |p10 |   p9   |   p8   |   p7   |   p6  | p5  |   run of 48 bits: p5 and p10 lie across
+//                   |   p15   |   p14   |   p13   |  p12 |p11|p10 |   two words
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace MediaConversion::Dxt {
+
+/// Width and height of a block in pixels.
+constexpr int blockSize = 4;
+constexpr int blockPixels = blockSize * blockSize;
+constexpr int pieceBytes = 8;
+
+/// 64 bits of a block as words. In all templates of the block compressions `Int` is a number, or `Lanes` of
+/// them: one for each of several blocks.
+template <class Int>
+using Piece = std::array<Int, 4>;
+
+/// One number for each pixel of a block: a channel, or the pixels' indices.
+template <class Int>
+using Channel = std::array<Int, blockPixels>;
+
+/// The 16 indices of `bits` bits as words, pixel 0 lowest.
+template <int bits, class Int>
+std::array<Int, bits> packIndices(Channel<Int> const& indices) {
+    std::array<Int, bits> words;
+    words.fill(0);
+    for (int i = 0; i < blockPixels; ++i) {
+        int const word = i * bits / 16, shift = i * bits % 16;
+        words[word] = words[word] | (indices[i] << shift);
+        if (shift + bits > 16)
+            words[word + 1] = words[word + 1] | (indices[i] >> (16 - shift));
+    }
+    return words;
+}
+
+/// A piece as one number, from its bytes.
+inline std::uint64_t readPiece(std::uint8_t const* bytes) {
+    std::uint64_t piece = 0;
+    for (int i = 0; i < pieceBytes; ++i)
+        piece |= std::uint64_t{bytes[i]} << (8 * i);
+    return piece;
+}
+
+/// The colours of endpoints: 5, 6 and 5 bits.
+struct Rgb565 {
+    /// The high bits of 8-bit components.
+    template <class Int>
+    static Int pack(Int const& red, Int const& green, Int const& blue) {
+        return ((red >> 3) << 11) | ((green >> 2) << 5) | (blue >> 3);
+    }
+    static int red(int word) { return word >> 11; }
+    static int green(int word) { return word >> 5 & 63; }
+    static int blue(int word) { return word & 31; }
+};
+
+struct ColourPiece {
+    template <class Int>
+    static Piece<Int> pack(Int const& endpoint0, Int const& endpoint1, Channel<Int> const& indices) {
+        auto const words = packIndices<2>(indices);
+        return {endpoint0, endpoint1, words[0], words[1]};
+    }
+    static int endpoint(std::uint64_t piece, int number) { return piece >> (16 * number) & 0xFFFF; }
+    static int index(std::uint64_t piece, int pixel) { return piece >> (32 + 2 * pixel) & 3; }
+};
+
+struct LumaPiece {
+    template <class Int>
+    static Piece<Int> pack(Int const& endpoint0, Int const& endpoint1, Channel<Int> const& indices) {
+        auto const words = packIndices<3>(indices);
+        return {endpoint0 | (endpoint1 << 8), words[0], words[1], words[2]};
+    }
+    static int endpoint(std::uint64_t piece, int number) { return piece >> (8 * number) & 0xFF; }
+    static int index(std::uint64_t piece, int pixel) { return piece >> (16 + 3 * pixel) & 7; }
+};
+
+} // namespace MediaConversion::Dxt
