@@ -1,0 +1,27 @@
+function(run)
+    execute_process(COMMAND ${ARGV} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+file(REMOVE_RECURSE ${scratch_dir})
+run(${CMAKE_COMMAND} --install ${build_dir} --prefix ${scratch_dir}/installed)
+file(RENAME ${scratch_dir}/installed ${scratch_dir}/moved)
+
+# The library, from a project that knows nothing but its package.
+if(sanitize)
+    set(flags -DCMAKE_CXX_FLAGS=-fsanitize=${sanitize})
+endif()
+run(${CMAKE_COMMAND} -S ${consumer_dir} -B ${scratch_dir}/consumer -G ${generator}
+    -D CMAKE_CXX_COMPILER=${compiler} -D CMAKE_PREFIX_PATH=${scratch_dir}/moved ${flags})
+run(${CMAKE_COMMAND} --build ${scratch_dir}/consumer)
+run(${scratch_dir}/consumer/consumer ${scratch_dir}/consumer.zet)
+
+# The tool, which looks for the plug-in beside itself.
+run(${scratch_dir}/moved/${bindir}/zet write --quiet --chart 64x32 --format rgb8 --frames 1
+    -o ${scratch_dir}/tool.%04d.zet)
+
+foreach(file IN ITEMS consumer.zet tool.0001.zet)
+    file(SIZE ${scratch_dir}/${file} size)
+    if(NOT size EQUAL 6172) # 28 + 64 * 32 * 3
+        message(FATAL_ERROR "${file} has ${size} bytes, expected 6172")
+    endif()
+endforeach()

@@ -1,0 +1,123 @@
+#include "FrameSource.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <numeric>
+#include <optional>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
+
+namespace ZetTool {
+namespace {
+
+class PictureFiles : public FrameSource {
+public:
+    PictureHeader header(int frame) const override { return readPictureHeader(file(frame)); }
+    Picture read(int frame) const override { return readPicture(file(frame)); }
+    std::string name(int frame) const override { return file(frame).string(); }
+
+protected:
+    virtual fs::path file(int frame) const = 0;
+};
+
+class Sequence final : public PictureFiles {
+public:
+    explicit Sequence(SequencePattern pattern) : files(std::move(pattern)) {}
+
+    std::vector<int> frames() const override { return files.framesOnDisk(); }
+
+private:
+    fs::path file(int frame) const override { return files.frame(frame); }
+
+    SequencePattern files;
+};
+
+class FileList final : public PictureFiles {
+public:
+    explicit FileList(std::map<int, fs::path> numbered) : files(std::move(numbered)) {}
+
+    std::vector<int> frames() const override {
+        std::vector<int> numbers;
+        for (const auto& [number, path] : files)
+            numbers.push_back(number);
+        return numbers;
+    }
+
+private:
+    fs::path file(int frame) const override {
+        const auto found = files.find(frame);
+        if (found == files.end())
+            throw std::runtime_error("none of the listed pictures has this number");
+        return found->second;
+    }
+
+    std::map<int, fs::path> files;
+};
+
+class ChartSource final : public FrameSource {
+public:
+    explicit ChartSource(const PictureSize& size) : chart(size) {}
+
+    std::vector<int> frames() const override {
+        std::vector<int> numbers(24);
+        std::iota(numbers.begin(), numbers.end(), 1);
+        return numbers;
+    }
+    std::string name(int) const override { return "chart"; }
+    PictureHeader header(int) const override { return chart.header(); }
+    Picture read(int frame) const override { return chart.draw(frame); }
+
+private:
+    Chart chart;
+};
+
+/// The number that the name ends with before its extension, as in "shot.1001.exr".
+std::optional<int> numberInName(const fs::path& file) {
+    constexpr std::size_t mostDigits = 9;
+    const std::string stem = file.stem().string();
+    const std::string digits = stem.substr(stem.find_last_not_of("0123456789") + 1);
+    if (digits.empty() || digits.size() > mostDigits)
+        return std::nullopt;
+    return std::stoi(digits);
+}
+
+} // namespace
+
+std::map<int, fs::path> numberFiles(const std::vector<fs::path>& files) {
+    std::map<int, fs::path> byName;
+    std::map<int, fs::path> byPlace;
+    for (const fs::path& file : files) {
+        byPlace.emplace(static_cast<int>(byPlace.size()) + 1, file);
+        if (const auto number = numberInName(file))
+            byName.emplace(*number, file);
+    }
+    return byName.size() == files.size() ? byName : byPlace;
+}
+
+std::unique_ptr<FrameSource> openPictureFiles(const std::vector<std::string>& arguments) {
+    std::vector<fs::path> files;
+    for (const std::string& argument : arguments) {
+        // A file of exactly this name is meant as it is, whatever marks its name has.
+        if (std::error_code error; fs::exists(argument, error)) {
+            files.emplace_back(argument);
+            continue;
+        }
+        SequencePattern pattern{argument};
+        if (!pattern.hasField())
+            files.emplace_back(argument); // missing: an error of its frame
+        else if (arguments.size() == 1)
+            return std::make_unique<Sequence>(std::move(pattern));
+        else
+            throw std::runtime_error(
+                fmt::format("\"{}\" is a sequence; give one sequence or a list of files", argument));
+    }
+    return std::make_unique<FileList>(numberFiles(files));
+}
+
+std::unique_ptr<FrameSource> openChart(const PictureSize& size) {
+    return std::make_unique<ChartSource>(size);
+}
+
+} // namespace ZetTool

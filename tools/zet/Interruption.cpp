@@ -1,0 +1,32 @@
+#include "Interruption.h"
+
+namespace ZetTool {
+namespace {
+
+// A signal handler can reach nothing but globals.
+std::atomic<bool> flag{false};
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+void request(int) { flag = true; }
+
+} // namespace
+
+Interruption::Interruption()
+    : handled{{SIGINT, request, {}}, {SIGTERM, request, {}}, {SIGPIPE, SIG_IGN, {}}, {SIGXFSZ, SIG_IGN, {}}} {
+    flag = false;
+    for (Handled& one : handled) {
+        struct sigaction action {};
+        action.sa_handler = one.handler;
+        action.sa_flags = SA_RESTART;
+        ::sigaction(one.signal, &action, &one.before);
+    }
+}
+
+Interruption::~Interruption() {
+    for (const Handled& one : handled)
+        ::sigaction(one.signal, &one.before, nullptr);
+}
+
+const std::atomic<bool>& Interruption::requested() { return flag; }
+
+} // namespace ZetTool

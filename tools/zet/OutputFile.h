@@ -1,0 +1,30 @@
+// A file that appears under its name only when it is whole.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+
+namespace ZetTool {
+
+/// Reserves a temporary name beside the final one; what stands under it is removed again unless it is
+/// committed.
+class OutputFile {
+public:
+    /// `number` tells the files apart that this process writes at the same time.
+    OutputFile(std::filesystem::path finalPath, int number);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// Where to write: a hidden name in the final folder that no "*.zet" finds, unique to host and process.
+    const std::filesystem::path& temporary() const { return temporaryPath; }
+    /// Gives the file its final name. Throws std::runtime_error when it is not there with this length, or
+    /// cannot be renamed.
+    void commit(std::uint64_t expectedBytes);
+
+private:
+    std::filesystem::path finalPath;
+    std::filesystem::path temporaryPath;
+};
+
+} // namespace ZetTool

@@ -1,0 +1,71 @@
+// Pictures in memory, as a writer's input sees them, and how they come from files.
+#pragma once
+
+#include <host/EmbeddedHost.h>
+
+#include <array>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace ZetTool {
+
+/// A size in pixels.
+struct PictureSize {
+    int width = 0;
+    int height = 0;
+
+    bool operator==(const PictureSize& other) const { return width == other.width && height == other.height; }
+    bool operator!=(const PictureSize& other) const { return !(*this == other); }
+    /// As in "1920x1080".
+    std::string text() const;
+};
+
+/// What is known of a picture before its pixels are read.
+struct PictureHeader {
+    PictureSize size; ///< of the whole picture, also where the file holds only a part of it
+    bool hasAlpha = false;
+    bool premultiplied = false; ///< colour is multiplied by alpha in the file
+    bool floatSamples = false;
+    std::string colourSpace; ///< the file's or its reader's tag, such as "sRGB" or "Linear"; may be empty
+};
+
+/// A block of float pixels that stands anywhere over, beside or partly over the whole picture.
+struct PixelBlock {
+    int left = 0; ///< column of the block's first pixel, counted from the picture's left edge
+    int top = 0;  ///< row, counted from the top edge
+    PictureSize size;
+    int channels = 0;                 ///< samples of each pixel
+    std::unique_ptr<float[]> samples; ///< rows from the top, without gaps
+};
+
+/// A picture of float samples. Outside the block that the file holds it is black, and transparent.
+class Picture final : public EmbeddedHost::PictureSource {
+public:
+    /// Where red, green, blue and alpha stand among a pixel's samples.
+    using ChannelPlaces = std::array<int, 4>;
+
+    Picture(PictureHeader header, PixelBlock block, ChannelPlaces places);
+
+    const PictureHeader& header() const { return about; }
+
+    int width() const override { return about.size.width; }
+    int height() const override { return about.size.height; }
+    bool hasAlpha() const override { return about.hasAlpha; }
+    void readRow(int y, int x, int r, EmbeddedHost::PictureChannel channel, float* to) override;
+
+private:
+    PictureHeader about;
+    PixelBlock block;
+    ChannelPlaces places;
+};
+
+/// Both take the file's first picture; grey becomes equal red, green and blue, and straight alpha stays
+/// straight. They throw std::runtime_error that names the file and the reason.
+PictureHeader readPictureHeader(const std::filesystem::path& file);
+Picture readPicture(const std::filesystem::path& file);
+
+/// The threads that the reading of one picture may use.
+void setPictureThreads(int threads);
+
+} // namespace ZetTool

@@ -1,0 +1,163 @@
+#include "WriteCommand.h"
+
+#include "FrameRange.h"
+#include "Interruption.h"
+#include "PluginPlace.h"
+#include "Progress.h"
+#include "WritePlan.h"
+#include "WriteRun.h"
+
+#include <fmt/format.h>
+#include <host/EmbeddedHost.h>
+
+#include <algorithm>
+#include <charconv>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+namespace ZetTool {
+namespace {
+
+struct Options {
+    WriteRequest request;
+    RunSettings run;
+    std::string chart;
+    std::string transfer = "auto";
+    std::string plugin;
+    bool dryRun = false;
+    bool quiet = false;
+};
+
+PictureSize parseSize(const std::string& text) {
+    PictureSize size;
+    const char* const end = text.data() + text.size();
+    const auto width = std::from_chars(text.data(), end, size.width);
+    if (width.ec == std::errc{} && width.ptr != end && *width.ptr == 'x') {
+        const auto height = std::from_chars(width.ptr + 1, end, size.height);
+        if (height.ec == std::errc{} && height.ptr == end)
+            return size;
+    }
+    throw std::runtime_error(
+        fmt::format("cannot read size \"{}\": expected WIDTHxHEIGHT, as in 1920x1080", text));
+}
+
+void noteLostAlpha(const WritePlan& plan, const WriteRequest& request) {
+    if (!request.chart && plan.picture && plan.picture->hasAlpha && !holdsAlpha(*plan.format))
+        std::cout << fmt::format("note: the pictures have alpha, which \"{}\" does not hold\n",
+                                 plan.format->label);
+}
+
+void printSummary(const WritePlan& plan, const RunResult& result, const ProgressCount& count) {
+    if (!plan.whole.empty())
+        std::cout << fmt::format("whole already: {}\n", frameCount(plan.whole.size()));
+    if (result.written.empty())
+        return;
+    const auto file = [&](int frame) { return plan.target.frame(frame).string(); };
+    const bool one = result.written.size() == 1;
+    std::cout << fmt::format("wrote {}{} ({} of {} \"{}\", {}) in {:.1f} s: {}\n",
+                             file(result.written.front()), one ? "" : " to " + file(result.written.back()),
+                             frameCount(result.written.size()), plan.shape->size().text(), plan.format->label,
+                             byteText(count.bytes), count.seconds, rates(count));
+}
+
+ExitCode judge(const WritePlan& plan, const RunResult& result, const std::string& resumeCommand) {
+    const std::size_t done = result.written.size() + result.failed.size();
+    if (!result.failed.empty())
+        std::cerr << fmt::format("zet: {} of {} failed: {}\n", result.failed.size(),
+                                 frameCount(plan.frames.size()), formatFrameRange(result.failed));
+    if (done < plan.frames.size())
+        std::cerr << fmt::format("zet: {} with {} of {} not begun; to go on:\n  {}\n",
+                                 Interruption::requested() ? "interrupted" : "stopped",
+                                 plan.frames.size() - done, frameCount(plan.frames.size()), resumeCommand);
+    if (Interruption::requested() && done < plan.frames.size())
+        return ExitCode::Interrupted;
+    return result.failed.empty() ? ExitCode::Done : ExitCode::FramesFailed;
+}
+
+ExitCode run(Options options, const std::string& commandLine) {
+    if (!options.chart.empty())
+        options.request.chart = parseSize(options.chart);
+    else if (options.request.pictures.empty())
+        throw std::runtime_error("no pictures: give a sequence, a list of files, or --chart WIDTHxHEIGHT");
+    options.run.transfer = parseTransferChoice(options.transfer);
+    EmbeddedHost::loadPlugin(options.plugin.empty() ? ownPlugin() : std::filesystem::path(options.plugin));
+    const WritePlan plan = planWrite(options.request);
+
+    if (!options.quiet)
+        noteLostAlpha(plan, options.request);
+    if (options.dryRun) {
+        std::ostream silent(nullptr);
+        const auto failing = printPlan(plan, options.quiet ? silent : std::cout, std::cerr);
+        return failing == 0 ? ExitCode::Done : ExitCode::FramesFailed;
+    }
+
+    const Interruption interruption;
+    Progress progress(Progress::styleForOutput(options.quiet), std::cout, std::cerr, plan.frames.size());
+    const RunResult result = runWrite(plan, options.run, progress, Interruption::requested());
+    const ProgressCount count = progress.finish();
+    if (!options.quiet)
+        printSummary(plan, result, count);
+    return judge(plan, result, options.request.resume ? commandLine : commandLine + " --resume");
+}
+
+} // namespace
+
+void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode& exitCode) {
+    const auto options = std::make_shared<Options>();
+    options->run.jobs = std::max(1u, std::thread::hardware_concurrency());
+
+    CLI::App* command =
+        program.add_subcommand("write", "Write pictures, or the line-up chart, as media files");
+    auto* pictures =
+        command->add_option("PICTURES", options->request.pictures,
+                            "One sequence (shot.%04d.exr, shot.####.exr, shot.@@@@.exr) or a list "
+                            "of files. The frames of a list are numbered by the digits at the end "
+                            "of their names if all have different ones, else from 1");
+    command->add_option("--chart", options->chart, "An animated line-up chart instead of pictures")
+        ->type_name("WIDTHxHEIGHT")
+        ->excludes(pictures);
+    command
+        ->add_option("-o,--output", options->request.output,
+                     "Output file, with a place for the frame number as in a sequence; .zet, .z9zt or .9zt")
+        ->type_name("FILE")
+        ->required();
+    command->add_option("-f,--format", options->request.format, "Output format: label, short name or index")
+        ->type_name("FORMAT")
+        ->capture_default_str();
+    command
+        ->add_option(
+            "--frames", options->request.frames,
+            "Frames to write, as in 1001-1100, 1-10x3, 2,5-6 or 9-7x-1; without it all that are there "
+            "(chart: 1-24). --frames=-5-5 for negative ones")
+        ->type_name("RANGES");
+    command
+        ->add_option(
+            "--transfer", options->transfer,
+            "Transfer function: auto takes scene-linear pictures to sRGB and leaves others as they are, "
+            "none leaves all as they are, srgb and rec709 take all from linear")
+        ->type_name("auto|none|srgb|rec709")
+        ->capture_default_str();
+    command->add_option("-j,--jobs", options->run.jobs, "Frames to write at once")
+        ->type_name("N")
+        ->check(CLI::Range(1, 256).description(""))
+        ->capture_default_str();
+    command->add_flag("--resume", options->request.resume,
+                      "Leave out the frames whose files are whole already");
+    command->add_flag("--dry-run", options->dryRun, "List what would be written, and write nothing");
+    command->add_flag("--fail-fast", options->run.failFast, "Begin no further frame once one has failed");
+    command->add_flag("-q,--quiet", options->quiet, "Print nothing but errors");
+    command
+        ->add_option("--plugin", options->plugin, "Writer plug-in to use instead of the one of this program")
+        ->type_name("FILE");
+    command->footer("Formats (index, short name, label):\n" + listOutputFormats() +
+                    "\n\n"
+                    "Files appear under their names when they are whole; until then they are called\n"
+                    ".zet-HOST-PROCESS-FRAME.part in the same folder.\n\n"
+                    "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
+                    "2 the run could not start; 130 interrupted.");
+    command->callback([options, &commandLine, &exitCode] { exitCode = run(*options, commandLine); });
+}
+
+} // namespace ZetTool

@@ -1,0 +1,148 @@
+#include "WritePlan.h"
+
+#include "FrameRange.h"
+#include "Progress.h"
+
+#include <fmt/format.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <ostream>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
+
+namespace ZetTool {
+namespace {
+
+struct FileType {
+    const char* extension;
+    const char* writer; ///< the type under which the plug-in registers its writer
+};
+
+constexpr std::array<FileType, 3> fileTypes{{{".zet", "zet"}, {".z9zt", "z9zt"}, {".9zt", "zet"}}};
+
+std::string findFileType(const fs::path& output) {
+    std::string extension = output.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return std::tolower(c); });
+    for (const FileType& type : fileTypes)
+        if (extension == type.extension)
+            return type.writer;
+    throw std::runtime_error(
+        fmt::format("unknown extension \"{}\" of output \"{}\": expected .zet, .z9zt or .9zt",
+                    output.extension().string(), output.string()));
+}
+
+void refuseFolder(const fs::path& output) {
+    std::error_code ignored;
+    if (fs::is_directory(output, ignored))
+        throw std::runtime_error(
+            fmt::format("output \"{}\" is a folder; give a file name in it, such as \"{}\"", output.string(),
+                        (output / "out.%04d.zet").string()));
+}
+
+void checkFolder(const fs::path& output) {
+    const fs::path folder = output.has_parent_path() ? output.parent_path() : fs::path(".");
+    std::error_code ignored;
+    if (!fs::is_directory(folder, ignored))
+        throw std::runtime_error(fmt::format("the output's folder \"{}\" {}", folder.string(),
+                                             fs::exists(folder, ignored) ? "is a file" : "does not exist"));
+    if (::access(folder.c_str(), W_OK | X_OK) != 0)
+        throw std::runtime_error(fmt::format("cannot write to the output's folder \"{}\": {}",
+                                             folder.string(), std::strerror(errno)));
+}
+
+SequencePattern planTarget(const fs::path& output, const std::vector<int>& frames) {
+    SequencePattern target(output);
+    if (!target.hasField() && frames.size() > 1) {
+        const fs::path numbered = fs::path(output).replace_extension(".%04d" + output.extension().string());
+        throw std::runtime_error(fmt::format(
+            "the output name \"{}\" would take several frames ({}); give it a place for the frame "
+            "number, such as \"{}\"",
+            output.string(), formatFrameRange(frames), numbered.string()));
+    }
+    for (const int frame : frames)
+        refuseFolder(target.frame(frame));
+    return target;
+}
+
+std::vector<int> planFrames(const FrameSource& source, const WriteRequest& request) {
+    std::vector<int> frames = request.frames.empty() ? source.frames() : parseFrameRange(request.frames);
+    if (frames.empty())
+        throw std::runtime_error(fmt::format("no picture matches \"{}\"", fmt::join(request.pictures, " ")));
+    return frames;
+}
+
+std::optional<PictureHeader> firstHeader(const FrameSource& source, const std::vector<int>& frames) {
+    for (const int frame : frames)
+        try {
+            return source.header(frame);
+        } catch (const std::exception&) {
+            continue; // told again, by name, when the frame's turn comes
+        }
+    return std::nullopt;
+}
+
+} // namespace
+
+const MediaFileShape& WritePlan::shapeFor(int frame, const PictureHeader& header) const {
+    if (!shape)
+        throw std::runtime_error("no picture could be read when the run was planned");
+    if (header.size != shape->size())
+        throw std::runtime_error(fmt::format("{} is {}, but the sequence is {}", source->name(frame),
+                                             header.size.text(), shape->size().text()));
+    return *shape;
+}
+
+WritePlan planWrite(const WriteRequest& request) {
+    const fs::path output = request.output;
+    refuseFolder(output);
+    const std::string fileType = findFileType(output);
+    const OutputFormat& format = findOutputFormat(request.format);
+    checkFolder(output);
+
+    auto source = request.chart ? openChart(*request.chart) : openPictureFiles(request.pictures);
+    std::vector<int> frames = planFrames(*source, request);
+    SequencePattern target = planTarget(output, frames);
+    WritePlan plan{std::move(source), &format, fileType, std::move(target), std::move(frames), {}, {}, {}};
+
+    plan.picture = firstHeader(*plan.source, plan.frames);
+    if (plan.picture)
+        plan.shape.emplace(format, plan.picture->size);
+    if (request.resume && plan.shape) {
+        const auto firstWhole = std::stable_partition(plan.frames.begin(), plan.frames.end(), [&](int frame) {
+            return !plan.shape->matches(plan.target.frame(frame));
+        });
+        plan.whole.assign(firstWhole, plan.frames.end());
+        plan.frames.erase(firstWhole, plan.frames.end());
+    }
+    return plan;
+}
+
+std::size_t printPlan(const WritePlan& plan, std::ostream& output, std::ostream& errors) {
+    std::size_t failing = 0;
+    std::uint64_t total = 0;
+    for (const int frame : plan.whole)
+        output << fmt::format("{} is whole\n", plan.target.frame(frame).string());
+    for (const int frame : plan.frames)
+        try {
+            const MediaFileShape& shape = plan.shapeFor(frame, plan.source->header(frame));
+            output << fmt::format("{} -> {}  {}  {} bytes\n", plan.source->name(frame),
+                                  plan.target.frame(frame).string(), shape.size().text(), shape.bytes());
+            total += shape.bytes();
+        } catch (const std::exception& error) {
+            errors << fmt::format("zet: frame {}: {}\n", frame, error.what());
+            ++failing;
+        }
+    output << fmt::format("{} of \"{}\" would be written, {}\n", frameCount(plan.frames.size() - failing),
+                          plan.format->label, byteText(total));
+    return failing;
+}
+
+} // namespace ZetTool

@@ -1,0 +1,53 @@
+// What a run of "zet write" is going to do, settled before it starts.
+#pragma once
+
+#include "FormatChoice.h"
+#include "FrameSource.h"
+#include "MediaFileShape.h"
+#include "SequencePattern.h"
+
+#include <iosfwd>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ZetTool {
+
+/// The part of the command line that says what is to be written.
+struct WriteRequest {
+    std::vector<std::string> pictures; ///< one sequence or a list of files; empty for the chart
+    std::optional<PictureSize> chart;
+    std::string output;
+    std::string format = "0"; ///< label, short name or index
+    std::string frames;       ///< ranges; empty: all that are there
+    bool resume = false;      ///< leave out the frames whose files are whole
+};
+
+struct WritePlan {
+    std::unique_ptr<FrameSource> source;
+    const OutputFormat* format;
+    std::string fileType; ///< by which the writer is found
+    SequencePattern target;
+    std::vector<int> frames; ///< to be written, in this order
+    std::vector<int> whole;  ///< left out because their files are whole
+
+    /// The first picture that can be read settles the size for all; empty when none can.
+    std::optional<PictureHeader> picture;
+    std::optional<MediaFileShape> shape;
+
+    /// What the frame's file is to look like. Throws std::runtime_error, with the picture's name and both
+    /// sizes, when its picture does not have the size of the sequence.
+    const MediaFileShape& shapeFor(int frame, const PictureHeader& header) const;
+};
+
+/// Throws std::runtime_error for everything that would spoil every frame: unknown format or file type, no
+/// frames, a size that the format cannot hold, an output folder that is missing or closed, an output name
+/// that is a folder or would take several frames.
+WritePlan planWrite(const WriteRequest& request);
+
+/// Lists what would be written, with sizes, and what stands in the way of single frames. Returns the number
+/// of frames that would fail.
+std::size_t printPlan(const WritePlan& plan, std::ostream& output, std::ostream& errors);
+
+} // namespace ZetTool

@@ -1,0 +1,110 @@
+#include "WriteRun.h"
+
+#include "OutputFile.h"
+
+#include <fmt/format.h>
+#include <host/EmbeddedHost.h>
+#include <opencv2/core/utility.hpp>
+
+#include <algorithm>
+#include <mutex>
+#include <stdexcept>
+#include <system_error>
+#include <thread>
+
+namespace ZetTool {
+namespace {
+
+using EmbeddedHost::WriteNode;
+
+/// Several frames at once leave each one its share of the machine, so that they do not fight over it.
+void shareThreads(unsigned jobs) {
+    const unsigned each = std::max(1u, std::thread::hardware_concurrency() / jobs);
+    setPictureThreads(static_cast<int>(each));
+    cv::setNumThreads(static_cast<int>(each));
+}
+
+class Run {
+public:
+    Run(const WritePlan& toDo, const RunSettings& how, Progress& reportTo, const std::atomic<bool>& stopWhen)
+        : plan(toDo), settings(how), progress(reportTo), stop(stopWhen) {}
+
+    /// Takes frame after frame; one thread and one node each.
+    void work(WriteNode& node) {
+        while (!stop && !(settings.failFast && anyFailed)) {
+            const std::size_t next = taken++;
+            if (next >= plan.frames.size())
+                return;
+            attempt(node, plan.frames[next]);
+        }
+    }
+
+    RunResult result;
+
+private:
+    void attempt(WriteNode& node, int frame) {
+        try {
+            const std::uint64_t bytes = write(node, frame);
+            progress.written(bytes);
+            const std::lock_guard lock(mutex);
+            result.written.push_back(frame);
+        } catch (const std::exception& error) {
+            anyFailed = true;
+            progress.failed(fmt::format("zet: frame {}: {}", frame, error.what()));
+            const std::lock_guard lock(mutex);
+            result.failed.push_back(frame);
+        }
+    }
+
+    std::uint64_t write(WriteNode& node, int frame) {
+        Picture picture = plan.source->read(frame);
+        const MediaFileShape& shape = plan.shapeFor(frame, picture.header());
+        OutputFile file(plan.target.frame(frame), frame);
+        const auto rendered = node.render(
+            picture, file.temporary(),
+            {chooseTransfer(settings.transfer, picture.header()), picture.header().premultiplied});
+        if (!rendered.succeeded())
+            throw std::runtime_error(fmt::format("{}: {}", plan.target.frame(frame).string(),
+                                                 fmt::join(rendered.criticalErrors, "; ")));
+        file.commit(shape.bytes());
+        return shape.bytes();
+    }
+
+    const WritePlan& plan;
+    const RunSettings& settings;
+    Progress& progress;
+    const std::atomic<bool>& stop;
+    std::atomic<std::size_t> taken{0};
+    std::atomic<bool> anyFailed{false};
+    std::mutex mutex;
+};
+
+} // namespace
+
+RunResult runWrite(const WritePlan& plan, const RunSettings& settings, Progress& progress,
+                   const std::atomic<bool>& stop) {
+    const auto jobs = std::clamp<std::size_t>(settings.jobs, 1, std::max<std::size_t>(plan.frames.size(), 1));
+    shareThreads(static_cast<unsigned>(jobs));
+    std::vector<WriteNode> nodes;
+    for (std::size_t job = 0; job < jobs; ++job) {
+        nodes.emplace_back(plan.fileType);
+        nodes.back().setMenu("Output format", plan.format->label);
+    }
+
+    Run run(plan, settings, progress, stop);
+    std::vector<std::thread> threads;
+    try {
+        for (std::size_t job = 1; job < jobs; ++job)
+            threads.emplace_back([&run, &node = nodes[job]] { run.work(node); });
+    } catch (const std::system_error&) {
+        // The system gives no more threads: those that there are do the work.
+    }
+    run.work(nodes.front());
+    for (std::thread& thread : threads)
+        thread.join();
+    std::sort(run.result.written.begin(), run.result.written.end());
+    std::sort(run.result.failed.begin(), run.result.failed.end());
+    return std::move(run.result);
+}
+
+} // namespace ZetTool

@@ -1,0 +1,31 @@
+// Carrying out a plan: pictures in, media files out, several frames at once.
+#pragma once
+
+#include "Progress.h"
+#include "Transfer.h"
+#include "WritePlan.h"
+
+#include <atomic>
+#include <vector>
+
+namespace ZetTool {
+
+struct RunSettings {
+    unsigned jobs = 1; ///< frames at once
+    TransferChoice transfer = TransferChoice::Auto;
+    bool failFast = false; ///< begin no further frame once one has failed
+};
+
+/// Frames in neither list were not begun.
+struct RunResult {
+    std::vector<int> written;
+    std::vector<int> failed; ///< ascending
+};
+
+/// Writes the plan's frames with the loaded plug-in until all are done or `stop` is set; frames in hand are
+/// finished. Failures are reported as they come. Throws std::runtime_error when no plug-in can write the
+/// format.
+RunResult runWrite(const WritePlan& plan, const RunSettings& settings, Progress& progress,
+                   const std::atomic<bool>& stop);
+
+} // namespace ZetTool
