@@ -33,4 +33,5 @@
 #include <MediaConversion/mediafile/Exceptions.h>
 #include <MediaConversion/mediafile/FileStream.h>
 #include <MediaConversion/mediafile/HeaderStreamBuilders.h>
+#include <MediaConversion/mediafile/ZentrelMediaFileReader.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>

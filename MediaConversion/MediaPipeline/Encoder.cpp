@@ -1,19 +1,43 @@
 #include <MediaConversion/MediaPipeline/Encoder.h>
 
+#include <MediaConversion/converters/ConvertBitDepth.h>
 #include <MediaConversion/converters/ConvertNoOperation.h>
+#include <MediaConversion/converters/ImageColourspace.h>
+#include <MediaConversion/converters/ImageRGBtoYCbCr42x.h>
+#include <MediaConversion/converters/ImageRGBtoYCoCgDXT5.h>
+#include <MediaConversion/converters/ImageToFullFrame.h>
+#include <MediaConversion/converters/ImageToPackedFrame.h>
+#include <MediaConversion/converters/ImageYCbCr42xToRGB.h>
+#include <MediaConversion/converters/ImageYCoCgDXT5toRGB.h>
 
 #include <stdexcept>
+#include <typeindex>
 
 namespace MediaConversion {
 
 using Zentrel::FrameFormat;
 
+namespace {
+
+const char* nameOf(IFrameFilter const& filter) {
+    static const std::map<std::type_index, const char*> names{
+        {typeid(ConvertBitDepth), "ConvertBitDepth"},
+        {typeid(ConvertColourspace), "ConvertColourspace"},
+        {typeid(ConvertNoOperation), "ConvertNoOperation"},
+        {typeid(ConvertRGBtoYCbCr42x), "ConvertRGBtoYCbCr42x"},
+        {typeid(ConvertRGBtoYCoCgDXT5), "ConvertRGBtoYCoCgDXT5"},
+        {typeid(ConvertToFullFrame), "ConvertToFullFrame"},
+        {typeid(ConvertToPackedFrame), "ConvertToPackedFrame"},
+        {typeid(ConvertYCbCr42xToRGB), "ConvertYCbCr42xToRGB"},
+        {typeid(ConvertYCoCgDXT5toRGB), "ConvertYCoCgDXT5toRGB"},
+    };
+    return names.at(typeid(filter));
+}
+
+} // namespace
+
 Encoder::Encoder(FrameFormat in, FrameFormat out) : inputFormat(std::move(in)), outputFormat(std::move(out)) {
-    if (inputFormat == outputFormat) {
-        addFilter(ConvertNoOperation::create(outputFormat));
-        return;
-    }
-    for (auto const& [create, produced] : selectEncodingSteps(inputFormat, outputFormat))
+    for (auto const& [create, produced] : stepsBetween(inputFormat, outputFormat))
         addFilter(create(produced));
 }
 
@@ -58,6 +82,20 @@ void Encoder::checkState(EncoderState required) const {
         throw std::runtime_error("Encoder state must be " + toString(required) + " for this operation");
 }
 
+Encoder::Chain Encoder::describe(std::vector<EncodingStep> const& steps) {
+    Chain chain;
+    for (auto const& [create, produced] : steps)
+        chain.push_back({nameOf(*create(produced)), produced});
+    return chain;
+}
+
+std::string Encoder::toString(Chain const& chain) {
+    std::string text;
+    for (auto const& [filter, produced] : chain)
+        text += (text.empty() ? "" : ", ") + filter + " to " + FrameFormat::toString(produced);
+    return text;
+}
+
 std::string Encoder::toString(EncoderState state) {
     switch (state) {
     case EncoderState::Idle:
@@ -66,6 +104,12 @@ std::string Encoder::toString(EncoderState state) {
         return "Encoding";
     }
     return "Unknown EncoderState " + std::to_string(static_cast<std::uint32_t>(state));
+}
+
+std::vector<Encoder::EncodingStep> Encoder::stepsBetween(FrameFormat const& in, FrameFormat const& out) {
+    if (in == out)
+        return {{ConvertNoOperation::create, out}};
+    return selectEncodingSteps(in, out);
 }
 
 std::vector<Encoder::EncodingStep> Encoder::selectEncodingSteps(FrameFormat const& in,

@@ -25,6 +25,13 @@ public:
     using EncodingStepTable =
         std::map<std::tuple<Zentrel::FrameFormat, Zentrel::FrameFormat>, std::vector<EncodingStep>>;
 
+    /// A step as it can be shown.
+    struct ChainLink {
+        std::string filter; ///< the name of the filter's class
+        Zentrel::FrameFormat produced;
+    };
+    using Chain = std::vector<ChainLink>;
+
     /// Every pair of formats that is served without a detour.
     static const EncodingStepTable encodingSteps;
 
@@ -37,14 +44,20 @@ public:
 
     void start() override;
     void stop() override;
+    void onNewFrame(std::unique_ptr<Zentrel::IFrame> frame) override { encodeFrame(std::move(frame)); }
     void connect(IFrameSink* sink) override;
     void disconnect(IFrameSink* sink) override;
-    void onNewFrame(std::unique_ptr<Zentrel::IFrame> frame) override { encodeFrame(std::move(frame)); }
 
     /// Converts a frame and hands the result to the sink before it returns. Throws std::runtime_error for an
     /// empty frame, for one that is not of the input format and for whatever a filter refuses; the next frame
     /// can follow.
     void encodeFrame(std::unique_ptr<Zentrel::IFrame> frame);
+
+    /// What frames pass through, in this order.
+    Chain chain() const { return describe(stepsBetween(inputFormat, outputFormat)); }
+    static Chain describe(std::vector<EncodingStep> const& steps);
+    /// As in "ConvertBitDepth to RGBA_U8_BGRA, ConvertColourspace to RGB_U8_RGB".
+    static std::string toString(Chain const& chain);
 
     EncoderState state() const { return currentState; }
     /// Throws std::runtime_error when the state is not the required one.
@@ -59,6 +72,9 @@ public:
                                                                            Zentrel::FrameFormat const& out);
 
 private:
+    /// Those of `selectEncodingSteps`, and for equal formats the one that passes frames through.
+    static std::vector<EncodingStep> stepsBetween(Zentrel::FrameFormat const& in,
+                                                  Zentrel::FrameFormat const& out);
     void addFilter(std::unique_ptr<IFrameFilter> filter);
 
     Zentrel::FrameFormat inputFormat;
