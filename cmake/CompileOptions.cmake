@@ -8,10 +8,6 @@ target_compile_options(zet_compile_options INTERFACE
     # A fused multiply-add rounds once where the formulas round twice; pixels must be the same everywhere.
     -ffp-contract=off)
 
-if(ZET_OLD_STRING_ABI)
-    target_compile_definitions(zet_compile_options INTERFACE _GLIBCXX_USE_CXX11_ABI=0)
-endif()
-
 if(ZET_SANITIZE)
     add_compile_options(-fsanitize=${ZET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${ZET_SANITIZE})

@@ -37,23 +37,25 @@ std::vector<std::string> registeredFileTypes() {
 class WriteNode::Node final : public DD::Image::Write {
 public:
     explicit Node(const std::string& fileType);
-    ~Node() override { writer->finish(); }
+    ~Node() override;
 
     RenderResult render(PictureSource& source, const std::filesystem::path& file,
                         const RenderSettings& settings);
 
     DD::Image::Op* input(int n) const override { return n == 0 && frame ? &frame->input : nullptr; }
-    const Info& info() const override { return frame->input.info(); }
+    const Info& info() const override { return current().input.info(); }
     void request(int x, int y, int r, int t, const DD::Image::ChannelSet& channels, int count) override {
-        frame->input.request(x, y, r, t, channels, count);
+        current().input.request(x, y, r, t, channels, count);
     }
 
-    const char* filename() const override { return frame->file.empty() ? nullptr : frame->file.c_str(); }
-    void inputnget(int y, int x, int r, const DD::Image::ChannelSet& channels, DD::Image::Row& row) override {
-        frame->input.read(y, x, r, channels, row);
+    const char* filename() const override {
+        return current().file.empty() ? nullptr : current().file.c_str();
     }
-    int depth() const override { return frame->input.hasAlpha() ? 4 : 3; }
-    bool premult() const override { return frame->settings.premultiplied; }
+    void inputnget(int y, int x, int r, const DD::Image::ChannelSet& channels, DD::Image::Row& row) override {
+        current().input.read(y, x, r, channels, row);
+    }
+    int depth() const override { return current().input.hasAlpha() ? 4 : 3; }
+    bool premult() const override { return current().settings.premultiplied; }
     void to_float(int z, float* to, const float* from, const float* alpha, int W, int delta) const override;
 
     KnobPanel panel;
@@ -66,6 +68,14 @@ private:
         RenderSettings settings;
     };
 
+    /// Throws std::logic_error when the writer asks outside of `execute`, where there is no frame to ask
+    /// about.
+    Frame& current() const {
+        if (!frame)
+            throw std::logic_error("The writer asked about a frame while it had none to write");
+        return *frame;
+    }
+
     Frame* frame = nullptr; // set while the writer executes
 };
 
@@ -77,12 +87,20 @@ WriteNode::Node::Node(const std::string& fileType) {
     writer->knobs(panel);
 }
 
+WriteNode::Node::~Node() {
+    try {
+        writer->finish();
+    } catch (...) {
+        // Nobody is left to be told, and the frames have been judged one by one.
+    }
+}
+
 RenderResult WriteNode::Node::render(PictureSource& source, const std::filesystem::path& file,
                                      const RenderSettings& settings) {
     std::vector<std::string> escaped;
     try {
-        Frame current{PictureInput(source), file.string(), settings};
-        frame = &current;
+        Frame inHand{PictureInput(source), file.string(), settings};
+        frame = &inHand;
         writer->execute();
     } catch (const PictureFailure& failure) {
         escaped.push_back(failure.message);
@@ -102,16 +120,18 @@ void WriteNode::Node::to_float(int z, float* to, const float* from, const float*
                                int delta) const {
     const bool isColour = z != DD::Image::Chan_Alpha;
     const float* const divisor = premult() ? alpha : nullptr;
-    switch (isColour ? frame->settings.transfer : Transfer::None) {
+    static const TabledCurve<SrgbCurve> srgb;
+    static const TabledCurve<Rec709Curve> rec709;
+    switch (isColour ? current().settings.transfer : Transfer::None) {
     case Transfer::None:
         for (int i = 0; i < W; ++i)
             to[std::ptrdiff_t{i} * delta] = from[i];
         break;
     case Transfer::Srgb:
-        encodeRow(SrgbCurve{}, to, from, divisor, W, delta);
+        encodeRow(srgb, to, from, divisor, W, delta);
         break;
     case Transfer::Rec709:
-        encodeRow(Rec709Curve{}, to, from, divisor, W, delta);
+        encodeRow(rec709, to, from, divisor, W, delta);
         break;
     }
 }

@@ -2,7 +2,11 @@
 // below 0, the power above 1.
 #pragma once
 
+#include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace EmbeddedHost {
 
@@ -20,10 +24,40 @@ struct Rec709Curve {
     }
 };
 
+/// A curve whose values are at hand for all numbers that a normal half-float can have: most linear pictures
+/// come as half-floats, and their samples are spared the power function. The values are the curve's own.
+template <class Curve>
+class TabledCurve {
+public:
+    TabledCurve() {
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            std::uint32_t const bits = (firstHalf + static_cast<std::uint32_t>(i)) << unusedBits;
+            float number;
+            std::memcpy(&number, &bits, sizeof number);
+            values[i] = curve(number);
+        }
+    }
+
+    float operator()(float linear) const {
+        std::uint32_t bits;
+        std::memcpy(&bits, &linear, sizeof bits);
+        std::uint32_t const index = (bits >> unusedBits) - firstHalf;
+        bool const isHalf = bits << (32 - unusedBits) == 0;
+        return isHalf && index < values.size() ? values[index] : curve(linear);
+    }
+
+private:
+    static constexpr int unusedBits = 23 - 10;            // of a float's mantissa, by a half
+    static constexpr std::uint32_t firstHalf = 113 << 10; // 2^-14, the smallest normal one, above these bits
+
+    Curve curve;
+    std::array<float, 30 << 10> values; // 30 exponents, 10 bits of mantissa
+};
+
 /// Applies `curve` to `count` samples and writes every `stride`-th float. With an alpha buffer the samples
 /// are divided by alpha before and multiplied after; where there is no coverage the sample is taken as it is.
 template <class Curve>
-void encodeRow(Curve curve, float* to, const float* from, const float* alpha, int count, int stride) {
+void encodeRow(Curve const& curve, float* to, const float* from, const float* alpha, int count, int stride) {
     for (int i = 0; i < count; ++i, to += stride) {
         if (alpha && alpha[i] > 0)
             *to = curve(from[i] / alpha[i]) * alpha[i];

@@ -125,9 +125,6 @@ std::unique_ptr<Zentrel::IFrame> zetWriterMCL::readFrame() {
 
     auto frame = Zentrel::FullFrame::create(FullFrameFormat::BGRA_F32(), rows, columns);
     cv::Mat image = frame->image();
-    // What the host does not supply stays at full scale: without an alpha channel the picture is opaque.
-    image.setTo(cv::Scalar::all(1.0));
-
     constexpr double rowShare = 0.3; // of the progress bar; converting and writing report nothing
     for (int y = 0; y < rows; ++y) {
         iop->progressFraction(y * rowShare / rows, DD::Image::Op::StatusUseCallback);
@@ -135,6 +132,9 @@ std::unique_ptr<Zentrel::IFrame> zetWriterMCL::readFrame() {
 
         float* const pixels = image.ptr<float>(y);
         const int stride = image.channels();
+        // What the host does not supply stays at full scale: without an alpha channel the picture is opaque.
+        // Preset row by row, the samples are still in the cache when the host's follow.
+        std::fill_n(pixels, std::size_t(columns) * stride, 1.0f);
         const float* const alpha = channels > 3 ? row[DD::Image::Chan_Alpha] : nullptr;
         for (int z = 0; z < 3; ++z)
             to_float(z, pixels + 2 - z, row[channel(z)], alpha, columns, stride);

@@ -11,7 +11,7 @@ scripts/install-dependencies.sh build test
 jobs=$(nproc)
 for preset in "${@:-release}"; do
     # Other compilers warn about other things; only our own builds stop for that.
-    cmake --preset "$preset" -DBUILD_TESTING=ON -DZET_WERROR="${CI:-OFF}"
+    cmake --preset "$preset" -DBUILD_TESTING=ON -DZET_WERROR="${ZET_WERROR:-OFF}"
     cmake --build --preset "$preset" -j "$jobs"
     ctest --preset "$preset" -j "$jobs"
 done

@@ -39,6 +39,18 @@ public:
         frameSink = nullptr;
     }
 
+    void onNewFrame(std::unique_ptr<Zentrel::IFrame> frame) override {
+        requireState(State::Active);
+        if (!frame)
+            throw std::runtime_error("no frame data");
+        if (!frameSink)
+            throw std::runtime_error("no frame sink connected");
+        // In two statements, so that the source frame's memory is free again before the next filter asks for
+        // some.
+        auto converted = static_cast<T&>(*this).doOnNewFrame(std::move(frame));
+        frameSink->onNewFrame(std::move(converted));
+    }
+
     /// Becomes Active, then starts the sink behind it.
     void start() override {
         requireState(State::Idle);
@@ -53,18 +65,6 @@ public:
         if (auto* const control = dynamic_cast<IFrameControl*>(frameSink))
             control->stop();
         currentState = State::Idle;
-    }
-
-    void onNewFrame(std::unique_ptr<Zentrel::IFrame> frame) override {
-        requireState(State::Active);
-        if (!frame)
-            throw std::runtime_error("no frame data");
-        if (!frameSink)
-            throw std::runtime_error("no frame sink connected");
-        // In two statements, so that the source frame's memory is free again before the next filter asks for
-        // some.
-        auto converted = static_cast<T&>(*this).doOnNewFrame(std::move(frame));
-        frameSink->onNewFrame(std::move(converted));
     }
 
 private:

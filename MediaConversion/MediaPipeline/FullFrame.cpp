@@ -81,6 +81,8 @@ FullFrame::FullFrame(FrameFormat const& format, cv::Mat const& matrix, Frame::Or
 std::unique_ptr<IImageFrame> FullFrame::clone() const {
     if (containsRawFrameData())
         return createRaw(format(), rows(), cols(), std::make_unique<RawFrameData>(rawFrameData().clone()));
+    if (image().empty())
+        return std::make_unique<FullFrame>(format());
     return std::make_unique<FullFrame>(format(), image().clone(), Frame::Origin::TopLeft);
 }
 

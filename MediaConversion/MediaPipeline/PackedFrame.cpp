@@ -85,6 +85,8 @@ int PackedFrame::cols() const {
 std::unique_ptr<IImageFrame> PackedFrame::clone() const {
     if (containsRawFrameData())
         return createRaw(format(), rows(), cols(), std::make_unique<RawFrameData>(rawFrameData().clone()));
+    if (image().empty())
+        return std::make_unique<PackedFrame>(format());
     return std::make_unique<PackedFrame>(format(), image().clone(), Frame::Origin::TopLeft);
 }
 

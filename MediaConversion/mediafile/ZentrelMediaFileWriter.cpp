@@ -148,8 +148,20 @@ void ZentrelMediaFileWriter::writeFrame(std::filesystem::path const& path,
     }
 }
 
+void ZentrelMediaFileWriter::writeFrame(std::string const& path, std::unique_ptr<Zentrel::IFrame> frame) {
+    writeFrame(std::filesystem::path(path), std::move(frame));
+}
+
+void ZentrelMediaFileWriter::writeFrame(const char* path, std::unique_ptr<Zentrel::IFrame> frame) {
+    writeFrame(std::filesystem::path(path), std::move(frame));
+}
+
 void ZentrelMediaFileWriter::writeFrame(std::wstring const& path, std::unique_ptr<Zentrel::IFrame> frame) {
     writeFrame(std::filesystem::path(utf8(path)), std::move(frame));
+}
+
+void ZentrelMediaFileWriter::writeFrame(const wchar_t* path, std::unique_ptr<Zentrel::IFrame> frame) {
+    writeFrame(std::wstring(path), std::move(frame));
 }
 
 } // namespace MediaConversion

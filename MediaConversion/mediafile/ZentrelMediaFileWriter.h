@@ -29,9 +29,12 @@ public:
     /// Writes the whole file, over an existing one. Throws MediaFileAccessException for everything that
     /// fails; what has been written by then stays behind. Width and height are stored modulo 65536.
     void writeFrame(std::filesystem::path const& path, std::unique_ptr<Zentrel::IFrame> frame);
+    void writeFrame(std::string const& path, std::unique_ptr<Zentrel::IFrame> frame);
+    void writeFrame(const char* path, std::unique_ptr<Zentrel::IFrame> frame);
     /// Takes the path as UTF-8, whatever the locale. Throws std::filesystem::filesystem_error for characters
     /// that are not Unicode's.
     void writeFrame(std::wstring const& path, std::unique_ptr<Zentrel::IFrame> frame);
+    void writeFrame(const wchar_t* path, std::unique_ptr<Zentrel::IFrame> frame);
 
 private:
     IFileStreamFactory& factory;
