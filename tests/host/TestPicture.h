@@ -6,7 +6,6 @@
 #include <functional>
 #include <stdexcept>
 #include <utility>
-#include <vector>
 
 class TestPicture : public EmbeddedHost::PictureSource {
 public:
@@ -22,13 +21,9 @@ public:
     void readRow(int y, int x, int r, EmbeddedHost::PictureChannel channel, float* to) override {
         if (channel == EmbeddedHost::PictureChannel::Alpha && !alpha)
             throw std::logic_error("The alpha of a picture without alpha was read");
-        if (rowsRead.empty() || rowsRead.back() != y)
-            rowsRead.push_back(y);
         for (; x < r; ++x)
             *to++ = sample(channel, x, y);
     }
-
-    std::vector<int> rowsRead; ///< in the order of reading
 
 private:
     int pictureWidth;
