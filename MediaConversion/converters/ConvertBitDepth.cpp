@@ -1,6 +1,7 @@
 #include <MediaConversion/converters/ConvertBitDepth.h>
 
 #include <MediaConversion/MediaPipeline/FullFrame.h>
+#include <MediaConversion/converters/ParallelRows.h>
 
 #include <stdexcept>
 
@@ -26,6 +27,20 @@ const std::map<std::pair<T, T>, ConvertBitDepth::ScaleFactorAndOpenCvType> Conve
     {{T::F32,      T::U12},      {4095.0,          CV_16U}},
 };
 // clang-format on
+
+namespace {
+
+/// `cv::Mat::convertTo` uses one thread only, so that it gets a few rows at a time.
+cv::Mat converted(cv::Mat const& image, ConvertBitDepth::ScaleFactorAndOpenCvType const& conversion) {
+    cv::Mat result(image.size(), CV_MAKETYPE(conversion.openCvType, image.channels()));
+    parallelRows(image.rows, [&](int row) {
+        cv::Mat to = result.row(row);
+        image.row(row).convertTo(to, conversion.openCvType, conversion.scaleFactor, 0.0);
+    });
+    return result;
+}
+
+} // namespace
 
 std::unique_ptr<ConvertBitDepth> ConvertBitDepth::create(FrameFormat const& destination) {
     return std::make_unique<ConvertBitDepth>(destination);
@@ -54,10 +69,9 @@ std::unique_ptr<Zentrel::IFrame> ConvertBitDepth::convert(std::unique_ptr<Zentre
         throw std::runtime_error("Source channel format " + source.layoutName +
                                  " does not match destination channel format " + destination.layoutName);
 
-    auto const [scaleFactor, openCvType] = selectConversion(source.channelType, destination.channelType);
-    cv::Mat converted;
-    full->image().convertTo(converted, openCvType, scaleFactor, 0.0);
-    return std::make_unique<FullFrame>(destination, converted, Zentrel::Frame::Origin::TopLeft);
+    auto const conversion = selectConversion(source.channelType, destination.channelType);
+    return std::make_unique<FullFrame>(destination, converted(full->image(), conversion),
+                                       Zentrel::Frame::Origin::TopLeft);
 }
 
 std::unique_ptr<Zentrel::IFrame> ConvertBitDepth::doOnNewFrame(std::unique_ptr<Zentrel::IFrame> frame) {
