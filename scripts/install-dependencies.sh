@@ -4,7 +4,8 @@ set -euo pipefail
 
 # OpenCV's and OpenImageIO's CMake files ask for all that the two were built with, so the whole of OpenCV and
 # OpenImageIO's programs are needed as well.
-build=(g++ cmake ninja-build libopencv-dev libopenimageio-dev openimageio-tools libcli11-dev libfmt-dev)
+build=(g++ cmake ninja-build libopencv-dev libopenimageio-dev openimageio-tools libcli11-dev libfmt-dev
+    nlohmann-json3-dev libxxhash-dev)
 test=(libgtest-dev libgmock-dev libsquish-dev)
 
 wanted=()

@@ -29,6 +29,15 @@ OutputFile::~OutputFile() {
     std::filesystem::remove(temporaryPath, ignored);
 }
 
+bool OutputFile::diskIsFull(std::uint64_t expectedBytes) const {
+    std::error_code error;
+    const std::uint64_t written = std::filesystem::file_size(temporaryPath, error);
+    if (error)
+        return false;
+    const auto space = std::filesystem::space(temporaryPath, error);
+    return !error && written + space.available < expectedBytes;
+}
+
 void OutputFile::commit(std::uint64_t expectedBytes) {
     std::error_code error;
     const std::uint64_t bytes = std::filesystem::file_size(temporaryPath, error);

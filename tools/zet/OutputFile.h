@@ -18,6 +18,8 @@ public:
 
     /// Where to write: a hidden name in the final folder that no "*.zet" finds, unique to host and process.
     const std::filesystem::path& temporary() const { return temporaryPath; }
+    /// Whether so little space is left that a file of this length cannot have been written.
+    bool diskIsFull(std::uint64_t expectedBytes) const;
     /// Gives the file its final name. Throws std::runtime_error when it is not there with this length, or
     /// cannot be renamed.
     void commit(std::uint64_t expectedBytes);

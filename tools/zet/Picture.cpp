@@ -3,6 +3,7 @@
 #include <OpenImageIO/imageio.h>
 
 #include <algorithm>
+#include <charconv>
 #include <new>
 #include <stdexcept>
 #include <system_error>
@@ -84,6 +85,18 @@ PictureHeader describe(const OIIO::ImageSpec& spec) {
 } // namespace
 
 std::string PictureSize::text() const { return std::to_string(width) + "x" + std::to_string(height); }
+
+PictureSize parseSize(const std::string& text) {
+    PictureSize size;
+    const char* const end = text.data() + text.size();
+    const auto width = std::from_chars(text.data(), end, size.width);
+    if (width.ec == std::errc{} && width.ptr != end && *width.ptr == 'x') {
+        const auto height = std::from_chars(width.ptr + 1, end, size.height);
+        if (height.ec == std::errc{} && height.ptr == end)
+            return size;
+    }
+    throw std::runtime_error("cannot read size \"" + text + "\": expected WIDTHxHEIGHT, as in 1920x1080");
+}
 
 Picture::Picture(PictureHeader header, PixelBlock pixels, ChannelPlaces channelPlaces)
     : about(std::move(header)), block(std::move(pixels)), places(channelPlaces) {}

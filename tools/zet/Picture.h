@@ -21,6 +21,9 @@ struct PictureSize {
     std::string text() const;
 };
 
+/// The size written as "1920x1080". Throws std::runtime_error that quotes what cannot be read.
+PictureSize parseSize(const std::string& text);
+
 /// What is known of a picture before its pixels are read.
 struct PictureHeader {
     PictureSize size; ///< of the whole picture, also where the file holds only a part of it

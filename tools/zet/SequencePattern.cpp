@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <optional>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -71,19 +70,21 @@ std::string SequencePattern::fileName(int number) const {
 
 fs::path SequencePattern::frame(int number) const { return given.parent_path() / fileName(number); }
 
+std::optional<int> SequencePattern::numberOf(const std::string& name) const {
+    if (!field || name.size() <= prefix.size() + suffix.size())
+        return std::nullopt;
+    const auto number = wholeNumber(name.substr(prefix.size(), name.size() - prefix.size() - suffix.size()));
+    return number && fileName(*number) == name ? number : std::nullopt;
+}
+
 std::vector<int> SequencePattern::framesOnDisk() const {
     const fs::path folder = given.has_parent_path() ? given.parent_path() : fs::path(".");
     std::error_code error;
     std::vector<int> frames;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-        const std::string name = entry->path().filename().string();
-        if (name.size() <= prefix.size() + suffix.size() || name.compare(0, prefix.size(), prefix) != 0)
-            continue;
-        const auto number =
-            wholeNumber(name.substr(prefix.size(), name.size() - prefix.size() - suffix.size()));
-        // Only a name that this pattern would make is a frame: "shot.7.exr" is not one of "shot.%04d.exr".
+        const auto number = numberOf(entry->path().filename().string());
         std::error_code ignored; // a dangling link is a frame that cannot be read, not a folder
-        if (number && fileName(*number) == name && !entry->is_directory(ignored))
+        if (number && !entry->is_directory(ignored))
             frames.push_back(*number);
     }
     if (error)

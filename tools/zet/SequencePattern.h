@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ public:
     const std::filesystem::path& path() const { return given; }
     /// The path of one frame; the same for every frame when there is no field.
     std::filesystem::path frame(int number) const;
+    /// The frame that a file name without folder is of. Only a name that this pattern would make is a frame:
+    /// "shot.7.exr" is not one of "shot.%04d.exr".
+    std::optional<int> numberOf(const std::string& name) const;
     /// The frames whose files exist, ascending. Throws std::runtime_error when the folder cannot be read.
     std::vector<int> framesOnDisk() const;
 

@@ -4,6 +4,7 @@
 #include "Interruption.h"
 #include "PluginPlace.h"
 #include "Progress.h"
+#include "WriteManifest.h"
 #include "WritePlan.h"
 #include "WriteRun.h"
 
@@ -11,7 +12,6 @@
 #include <host/EmbeddedHost.h>
 
 #include <algorithm>
-#include <charconv>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -26,22 +26,10 @@ struct Options {
     std::string chart;
     std::string transfer = "auto";
     std::string plugin;
+    std::string manifest;
     bool dryRun = false;
     bool quiet = false;
 };
-
-PictureSize parseSize(const std::string& text) {
-    PictureSize size;
-    const char* const end = text.data() + text.size();
-    const auto width = std::from_chars(text.data(), end, size.width);
-    if (width.ec == std::errc{} && width.ptr != end && *width.ptr == 'x') {
-        const auto height = std::from_chars(width.ptr + 1, end, size.height);
-        if (height.ec == std::errc{} && height.ptr == end)
-            return size;
-    }
-    throw std::runtime_error(
-        fmt::format("cannot read size \"{}\": expected WIDTHxHEIGHT, as in 1920x1080", text));
-}
 
 void noteLostAlpha(const WritePlan& plan, const WriteRequest& request) {
     if (!request.chart && plan.picture && plan.picture->hasAlpha && !holdsAlpha(*plan.format))
@@ -49,15 +37,16 @@ void noteLostAlpha(const WritePlan& plan, const WriteRequest& request) {
                                  plan.format->label);
 }
 
-void printSummary(const WritePlan& plan, const RunResult& result, const ProgressCount& count) {
+void printSummary(const WritePlan& plan, const RunResult& result, const ProgressCount& count, bool verified) {
     if (!plan.whole.empty())
         std::cout << fmt::format("whole already: {}\n", frameCount(plan.whole.size()));
     if (result.written.empty())
         return;
     const auto file = [&](int frame) { return plan.target.frame(frame).string(); };
     const bool one = result.written.size() == 1;
-    std::cout << fmt::format("wrote {}{} ({} of {} \"{}\", {}) in {:.1f} s: {}\n",
-                             file(result.written.front()), one ? "" : " to " + file(result.written.back()),
+    std::cout << fmt::format("wrote {}{}{} ({} of {} \"{}\", {}) in {:.1f} s: {}\n",
+                             verified ? "and verified " : "", file(result.written.front()),
+                             one ? "" : " to " + file(result.written.back()),
                              frameCount(result.written.size()), plan.shape->size().text(), plan.format->label,
                              byteText(count.bytes), count.seconds, rates(count));
 }
@@ -74,6 +63,17 @@ ExitCode judge(const WritePlan& plan, const RunResult& result, const std::string
     if (Interruption::requested() && done < plan.frames.size())
         return ExitCode::Interrupted;
     return result.failed.empty() ? ExitCode::Done : ExitCode::FramesFailed;
+}
+
+/// By now files are written, so that a failure is no longer one to start.
+bool finish(WriteManifest& manifest, const RunResult& result, unsigned jobs) {
+    try {
+        manifest.finish(result, jobs, Interruption::requested());
+        return true;
+    } catch (const std::exception& error) {
+        std::cerr << fmt::format("zet: {}\n", error.what());
+        return false;
+    }
 }
 
 ExitCode run(Options options, const std::string& commandLine) {
@@ -93,13 +93,20 @@ ExitCode run(Options options, const std::string& commandLine) {
         return failing == 0 ? ExitCode::Done : ExitCode::FramesFailed;
     }
 
+    std::optional<WriteManifest> manifest;
+    if (!options.manifest.empty())
+        manifest.emplace(options.manifest, plan);
+    options.run.sums = manifest.has_value();
+
     const Interruption interruption;
     Progress progress(Progress::styleForOutput(options.quiet), std::cout, std::cerr, plan.frames.size());
     const RunResult result = runWrite(plan, options.run, progress, Interruption::requested());
     const ProgressCount count = progress.finish();
     if (!options.quiet)
-        printSummary(plan, result, count);
-    return judge(plan, result, options.request.resume ? commandLine : commandLine + " --resume");
+        printSummary(plan, result, count, options.run.verify);
+    const ExitCode outcome =
+        judge(plan, result, options.request.resume ? commandLine : commandLine + " --resume");
+    return manifest && !finish(*manifest, result, options.run.jobs) ? ExitCode::FramesFailed : outcome;
 }
 
 } // namespace
@@ -145,18 +152,33 @@ void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode
         ->capture_default_str();
     command->add_flag("--resume", options->request.resume,
                       "Leave out the frames whose files are whole already");
+    command->add_flag("--verify", options->run.verify,
+                      "Read each file back and compare it with its picture before it gets its name");
+    command
+        ->add_option("--manifest", options->manifest,
+                     "Keep a list of the files with their checksums, for \"zet check --manifest\"")
+        ->type_name("FILE");
     command->add_flag("--dry-run", options->dryRun, "List what would be written, and write nothing");
     command->add_flag("--fail-fast", options->run.failFast, "Begin no further frame once one has failed");
     command->add_flag("-q,--quiet", options->quiet, "Print nothing but errors");
     command
         ->add_option("--plugin", options->plugin, "Writer plug-in to use instead of the one of this program")
         ->type_name("FILE");
-    command->footer("Formats (index, short name, label):\n" + listOutputFormats() +
-                    "\n\n"
-                    "Files appear under their names when they are whole; until then they are called\n"
-                    ".zet-HOST-PROCESS-FRAME.part in the same folder.\n\n"
-                    "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
-                    "2 the run could not start; 130 interrupted.");
+    command->footer(
+        "Formats (index, short name, label):\n" + listOutputFormats() +
+        "\n\n"
+        "Files appear under their names when they are whole; until then they are called\n"
+        ".zet-HOST-PROCESS-FRAME.part in the same folder.\n\n"
+        "--verify checks the headers and the length of the file that was written, and compares every\n"
+        "byte of its pixels with a second conversion of the picture, which the library makes in memory\n"
+        "without the plug-in. It finds what goes wrong between conversion and file, not what the\n"
+        "conversion itself may do wrong; the system may answer from its memory instead of the disk.\n"
+        "Files that --resume leaves out are not verified.\n\n" +
+        Manifest::description +
+        "\nEntries of files that a run does not write are kept; files that --resume leaves out get one if\n"
+        "they have none. Runs at the same time need a manifest each: \"zet check\" takes several.\n\n"
+        "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
+        "2 the run could not start; 130 interrupted.");
     command->callback([options, &commandLine, &exitCode] { exitCode = run(*options, commandLine); });
 }
 

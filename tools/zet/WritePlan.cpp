@@ -73,7 +73,7 @@ SequencePattern planTarget(const fs::path& output, const std::vector<int>& frame
 }
 
 std::vector<int> planFrames(const FrameSource& source, const WriteRequest& request) {
-    std::vector<int> frames = request.frames.empty() ? source.frames() : parseFrameRange(request.frames);
+    std::vector<int> frames = request.frames ? parseFrameRange(*request.frames) : source.frames();
     if (frames.empty())
         throw std::runtime_error(fmt::format("no picture matches \"{}\"", fmt::join(request.pictures, " ")));
     return frames;

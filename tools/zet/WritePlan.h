@@ -19,9 +19,9 @@ struct WriteRequest {
     std::vector<std::string> pictures; ///< one sequence or a list of files; empty for the chart
     std::optional<PictureSize> chart;
     std::string output;
-    std::string format = "0"; ///< label, short name or index
-    std::string frames;       ///< ranges; empty: all that are there
-    bool resume = false;      ///< leave out the frames whose files are whole
+    std::string format = "0";          ///< label, short name or index
+    std::optional<std::string> frames; ///< ranges; without them all that are there
+    bool resume = false;               ///< leave out the frames whose files are whole
 };
 
 struct WritePlan {

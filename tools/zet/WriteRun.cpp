@@ -1,6 +1,7 @@
 #include "WriteRun.h"
 
 #include "OutputFile.h"
+#include "ReadBack.h"
 
 #include <fmt/format.h>
 #include <host/EmbeddedHost.h>
@@ -60,14 +61,33 @@ private:
         Picture picture = plan.source->read(frame);
         const MediaFileShape& shape = plan.shapeFor(frame, picture.header());
         OutputFile file(plan.target.frame(frame), frame);
-        const auto rendered = node.render(
-            picture, file.temporary(),
-            {chooseTransfer(settings.transfer, picture.header()), picture.header().premultiplied});
+        const EmbeddedHost::RenderSettings how{chooseTransfer(settings.transfer, picture.header()),
+                                               picture.header().premultiplied};
+        const auto rendered = node.render(picture, file.temporary(), how);
         if (!rendered.succeeded())
-            throw std::runtime_error(fmt::format("{}: {}", plan.target.frame(frame).string(),
-                                                 fmt::join(rendered.criticalErrors, "; ")));
+            throw std::runtime_error(fmt::format("{}: {}{}", plan.target.frame(frame).string(),
+                                                 fmt::join(rendered.criticalErrors, "; "),
+                                                 file.diskIsFull(shape.bytes()) ? "; the disk is full" : ""));
+        const FileSum sum = readBack(frame, file.temporary(), picture, how);
         file.commit(shape.bytes());
+        if (settings.sums) {
+            const std::lock_guard lock(mutex);
+            result.sums.emplace(frame, sum);
+        }
         return shape.bytes();
+    }
+
+    /// While the file is still in the system's memory. The sum is empty when nobody asked for it.
+    FileSum readBack(int frame, const std::filesystem::path& file, Picture& picture,
+                     const EmbeddedHost::RenderSettings& how) const {
+        try {
+            return settings.verify ? verifyFile(file, picture, how, *plan.format)
+                   : settings.sums ? sumFile(file)
+                                   : FileSum{};
+        } catch (const std::exception& error) {
+            throw std::runtime_error(fmt::format("{}: read back, it is not what was written: {}",
+                                                 plan.target.frame(frame).string(), error.what()));
+        }
     }
 
     const WritePlan& plan;

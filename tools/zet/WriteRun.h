@@ -1,11 +1,13 @@
 // Carrying out a plan: pictures in, media files out, several frames at once.
 #pragma once
 
+#include "Checksum.h"
 #include "Progress.h"
 #include "Transfer.h"
 #include "WritePlan.h"
 
 #include <atomic>
+#include <map>
 #include <vector>
 
 namespace ZetTool {
@@ -14,12 +16,15 @@ struct RunSettings {
     unsigned jobs = 1; ///< frames at once
     TransferChoice transfer = TransferChoice::Auto;
     bool failFast = false; ///< begin no further frame once one has failed
+    bool verify = false;   ///< compare each file with its picture before it gets its name
+    bool sums = false;     ///< take the sum of each file
 };
 
 /// Frames in neither list were not begun.
 struct RunResult {
     std::vector<int> written;
-    std::vector<int> failed; ///< ascending
+    std::vector<int> failed;     ///< ascending
+    std::map<int, FileSum> sums; ///< of written files, when asked for
 };
 
 /// Writes the plan's frames with the loaded plug-in until all are done or `stop` is set; frames in hand are

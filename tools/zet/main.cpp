@@ -1,5 +1,10 @@
 // The command-line tool of the project; each sub-command has a file of its own.
+#include "CheckCommand.h"
 #include "ExitCode.h"
+#include "FormatsCommand.h"
+#include "InfoCommand.h"
+#include "ReadCommand.h"
+#include "SheetCommand.h"
 #include "WriteCommand.h"
 
 #include <MediaConversion/Version.h>
@@ -47,6 +52,11 @@ int main(int argc, char** argv) {
                            MediaConversion::Version::fullVersion());
     });
     ZetTool::addWriteCommand(program, commandLine, exitCode);
+    ZetTool::addInfoCommand(program, exitCode);
+    ZetTool::addCheckCommand(program, exitCode);
+    ZetTool::addReadCommand(program, exitCode);
+    ZetTool::addSheetCommand(program, exitCode);
+    ZetTool::addFormatsCommand(program, exitCode);
 
     try {
         program.parse(argc, argv);

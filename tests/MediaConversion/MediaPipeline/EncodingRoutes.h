@@ -1,9 +1,9 @@
 // What leads from each format to each other, listed by filter.
 #pragma once
 
-#include <MediaConversion/MediaPipeline/FrameFormat.h>
-
-#include <gtest/gtest.h>
+#include <MediaConversion/MediaPipeline/Encoder.h>
+#include <MediaConversion/MediaPipeline/FullFrame.h>
+#include <MediaConversion/MediaPipeline/PackedFrame.h>
 
 #include <map>
 #include <optional>
@@ -14,55 +14,29 @@
 
 namespace TestSupport {
 
+using MediaConversion::Encoder;
 using Zentrel::FrameFormat;
 
-/// The catalogue by the names of its functions.
+/// All formats by their names in the listing: "BGRA_F32", or the layout alone where it is a packed one.
 inline std::map<std::string, FrameFormat> const& catalogue() {
-    using F = Zentrel::FullFrameFormat;
-    using P = Zentrel::PackedFrameFormat;
-    static const std::map<std::string, FrameFormat> formats{
-        {"RGB_U8", F::RGB_U8()},
-        {"BGR_U8", F::BGR_U8()},
-        {"RGB_U10", F::RGB_U10()},
-        {"BGR_U10", F::BGR_U10()},
-        {"RGB_U12", F::RGB_U12()},
-        {"BGR_U12", F::BGR_U12()},
-        {"RGB_U15plus1", F::RGB_U15plus1()},
-        {"BGR_U15plus1", F::BGR_U15plus1()},
-        {"RGB_U16", F::RGB_U16()},
-        {"BGR_U16", F::BGR_U16()},
-        {"RGB_F32", F::RGB_F32()},
-        {"BGR_F32", F::BGR_F32()},
-        {"RGBA_U8", F::RGBA_U8()},
-        {"BGRA_U8", F::BGRA_U8()},
-        {"ARGB_U8", F::ARGB_U8()},
-        {"ARGB_U15plus1", F::ARGB_U15plus1()},
-        {"BGRA_U16", F::BGRA_U16()},
-        {"RGBA_F32", F::RGBA_F32()},
-        {"BGRA_F32", F::BGRA_F32()},
-        {"YCBCR_U8", F::YCBCR_ITU_T871_YCBCR_U8()},
-        {"YCBCR_F32", F::YCBCR_ITU_T871_YCBCR_F32()},
-        {"YCRCB_U8", F::YCBCR_ITU_T871_YCRCB_U8()},
-        {"COCGAY_U8", F::YCOCGA_COCGAY_U8()},
-        {"YCBCR_U10", F::YCBCR_ITU_T871_YCBCR_U10()},
-        {"RGB_DPX_FILLED", P::RGB_DPX_FILLED_U10()},
-        {"BGR_DPX_FILLED", P::BGR_DPX_FILLED_U10()},
-        {"RGB_DPX_PACKED", P::RGB_DPX_PACKED_U12()},
-        {"BGR_DPX_PACKED", P::BGR_DPX_PACKED_U12()},
-        {"RGB_SMPTE_2110", P::RGB_SMPTE_2110_U12()},
-        {"BGR_SMPTE_2110", P::BGR_SMPTE_2110_U12()},
-        {"RGB_DXT1", P::RGB_DXT1_U8()},
-        {"YUYV_422", P::YCBCR_ITU_T871_YUYV_422_U8()},
-        {"9ZT_422", P::YCBCR_ITU_T871_9ZT_422_U10()},
-        {"9ZT_4224", P::YCBCRA_ITU_T871_9ZT_4224_HYBRID_U12()},
-        {"9ZT_420", P::YCBCR_ITU_T871_9ZT_420_U8()},
-        {"YCOCG_DXT5", P::YCOCG_DXT5_U8()},
-    };
+    static auto const formats = [] {
+        std::map<std::string, FrameFormat> result;
+        auto const add = [&result](FrameFormat const& format) {
+            auto const depth = "_" + FrameFormat::toString(format.channelType);
+            result.emplace(format.layoutName + (Zentrel::PackedFrame::is(format) ? "" : depth), format);
+        };
+        for (auto const& [format, type] : Zentrel::FullFrame::openCvTypes)
+            add(format);
+        for (auto const& [format, type] : Zentrel::PackedFrame::openCvTypes)
+            add(format);
+        add(Zentrel::FullFrameFormat::YCBCR_ITU_T871_YCBCR_U10()); // no frame can have it
+        return result;
+    }();
     return formats;
 }
 
-/// The same chain from each of the sources to each of the destinations. Where a filter has no format behind
-/// it, it produces the destination.
+/// The same chain from each of the sources to each of the destinations. Its filters are without their
+/// "Convert"; one with no format behind it produces the destination.
 struct Routes {
     const char* sources;
     const char* chain;
@@ -70,61 +44,60 @@ struct Routes {
 };
 
 inline constexpr Routes routes[] = {
-    {"RGB_U8", "ConvertColourspace", "BGR_U8 RGBA_U8 BGRA_U8"},
-    {"BGR_U8", "ConvertColourspace", "RGB_U8 RGBA_U8 BGRA_U8"},
-    {"RGBA_U8", "ConvertColourspace", "RGB_U8 BGR_U8 BGRA_U8"},
-    {"BGRA_U8", "ConvertColourspace", "RGB_U8 BGR_U8 RGBA_U8"},
-    {"BGR_F32", "ConvertColourspace", "BGRA_F32"},
-    {"BGRA_U8", "ConvertBitDepth", "BGRA_F32"},
-    {"BGRA_F32", "ConvertBitDepth", "BGRA_U8"},
-    {"RGB_U8 BGR_U8 RGBA_U8", "ConvertColourspace BGRA_U8, ConvertBitDepth", "BGRA_F32"},
-    {"BGRA_F32", "ConvertBitDepth BGRA_U8, ConvertColourspace", "RGB_U8 BGR_U8 RGBA_U8"},
+    {"RGB_U8", "Colourspace", "BGR_U8 RGBA_U8 BGRA_U8"},
+    {"BGR_U8", "Colourspace", "RGB_U8 RGBA_U8 BGRA_U8"},
+    {"RGBA_U8", "Colourspace", "RGB_U8 BGR_U8 BGRA_U8"},
+    {"BGRA_U8", "Colourspace", "RGB_U8 BGR_U8 RGBA_U8"},
+    {"BGR_F32", "Colourspace", "BGRA_F32"},
+    {"BGRA_U8", "BitDepth", "BGRA_F32"},
+    {"BGRA_F32", "BitDepth", "BGRA_U8"},
+    {"RGB_U8 BGR_U8 RGBA_U8", "Colourspace BGRA_U8, BitDepth", "BGRA_F32"},
+    {"BGRA_F32", "BitDepth BGRA_U8, Colourspace", "RGB_U8 BGR_U8 RGBA_U8"},
 
-    {"RGB_U8 BGR_U8 BGR_U16 BGR_F32 BGRA_U8 BGRA_U16 BGRA_F32 ARGB_U8 ARGB_U15plus1", "ConvertToPackedFrame",
-     "RGB_DPX_FILLED BGR_DPX_FILLED RGB_SMPTE_2110 BGR_SMPTE_2110"},
-    {"RGB_U10", "ConvertToPackedFrame", "RGB_DPX_FILLED"},
-    {"RGB_U12", "ConvertToPackedFrame", "RGB_SMPTE_2110"},
+    {"RGB_U8 BGR_U8 BGR_U16 BGR_F32 BGRA_U8 BGRA_U16 BGRA_F32 ARGB_U8 ARGB_U15plus1", "ToPackedFrame",
+     "RGB-DPX-FILLED BGR-DPX-FILLED RGB-SMPTE-2110 BGR-SMPTE-2110"},
+    {"RGB_U10", "ToPackedFrame", "RGB-DPX-FILLED"},
+    {"RGB_U12", "ToPackedFrame", "RGB-SMPTE-2110"},
 
-    {"RGB_DPX_FILLED BGR_DPX_FILLED", "ConvertToFullFrame",
+    {"RGB-DPX-FILLED BGR-DPX-FILLED", "ToFullFrame",
      "BGR_U8 RGB_U16 BGRA_U8 BGRA_U16 BGRA_F32 ARGB_U8 ARGB_U15plus1"},
-    {"RGB_SMPTE_2110 BGR_SMPTE_2110", "ConvertToFullFrame",
+    {"RGB-SMPTE-2110 BGR-SMPTE-2110", "ToFullFrame",
      "RGB_U16 BGRA_U8 BGRA_U16 BGRA_F32 ARGB_U8 ARGB_U15plus1"},
-    {"RGB_SMPTE_2110 RGB_DPX_PACKED", "ConvertToFullFrame", "RGB_U12 BGR_U12"},
-    {"RGB_DPX_PACKED BGR_DPX_PACKED", "ConvertToFullFrame", "BGRA_U8 RGBA_U8"},
-    {"RGB_SMPTE_2110", "ConvertToFullFrame RGB_U12, ConvertBitDepth", "RGB_U8"},
-    {"RGB_SMPTE_2110", "ConvertToFullFrame RGB_U12, ConvertBitDepth RGB_U8, ConvertColourspace", "BGR_U8"},
-    {"BGR_SMPTE_2110", "ConvertToFullFrame BGR_U12, ConvertBitDepth", "BGR_U8"},
-    {"RGB_DPX_PACKED", "ConvertToFullFrame RGBA_U8, ConvertColourspace", "RGB_U8 BGR_U8"},
-    {"BGR_DPX_PACKED", "ConvertToFullFrame RGBA_U8, ConvertColourspace", "RGB_U8"},
-    {"BGR_DPX_PACKED", "ConvertToFullFrame BGRA_U8, ConvertColourspace", "BGR_U8"},
+    {"RGB-SMPTE-2110 RGB-DPX-PACKED", "ToFullFrame", "RGB_U12 BGR_U12"},
+    {"RGB-DPX-PACKED BGR-DPX-PACKED", "ToFullFrame", "BGRA_U8 RGBA_U8"},
+    {"RGB-SMPTE-2110", "ToFullFrame RGB_U12, BitDepth", "RGB_U8"},
+    {"RGB-SMPTE-2110", "ToFullFrame RGB_U12, BitDepth RGB_U8, Colourspace", "BGR_U8"},
+    {"BGR-SMPTE-2110", "ToFullFrame BGR_U12, BitDepth", "BGR_U8"},
+    {"RGB-DPX-PACKED", "ToFullFrame RGBA_U8, Colourspace", "RGB_U8 BGR_U8"},
+    {"BGR-DPX-PACKED", "ToFullFrame RGBA_U8, Colourspace", "RGB_U8"},
+    {"BGR-DPX-PACKED", "ToFullFrame BGRA_U8, Colourspace", "BGR_U8"},
 
-    {"RGB_DPX_PACKED", "ConvertToFullFrame RGB_U12, ConvertToPackedFrame", "RGB_SMPTE_2110"},
-    {"BGR_DPX_PACKED", "ConvertToFullFrame BGR_U12, ConvertToPackedFrame", "BGR_SMPTE_2110"},
-    {"BGR_SMPTE_2110", "ConvertToFullFrame BGR_U12, ConvertToPackedFrame", "RGB_SMPTE_2110"},
-    {"RGB_SMPTE_2110", "ConvertToFullFrame RGB_U12, ConvertToPackedFrame BGR_SMPTE_2110", "RGB_SMPTE_2110"},
-    {"RGB_SMPTE_2110", "ConvertToFullFrame RGB_U12, ConvertBitDepth RGB_U15plus1, ConvertRGBtoYCbCr42x",
-     "9ZT_422"},
+    {"RGB-DPX-PACKED", "ToFullFrame RGB_U12, ToPackedFrame", "RGB-SMPTE-2110"},
+    {"BGR-DPX-PACKED", "ToFullFrame BGR_U12, ToPackedFrame", "BGR-SMPTE-2110"},
+    {"BGR-SMPTE-2110", "ToFullFrame BGR_U12, ToPackedFrame", "RGB-SMPTE-2110"},
+    {"RGB-SMPTE-2110", "ToFullFrame RGB_U12, ToPackedFrame BGR-SMPTE-2110", "RGB-SMPTE-2110"},
+    {"RGB-SMPTE-2110", "ToFullFrame RGB_U12, BitDepth RGB_U15plus1, RGBtoYCbCr42x", "9ZT-422"},
 
-    {"RGB_U8 BGR_U8 BGR_U16 BGR_F32 BGRA_U8 BGRA_U16 BGRA_F32 ARGB_U8 ARGB_U15plus1", "ConvertRGBtoYCbCr42x",
-     "YUYV_422"},
-    {"RGB_U15plus1 BGR_U16 BGR_F32 BGRA_U8 BGRA_U16 BGRA_F32 ARGB_U8 ARGB_U15plus1", "ConvertRGBtoYCbCr42x",
-     "9ZT_422"},
-    {"RGB_U8 BGR_U8 BGR_U16 BGR_F32 BGRA_U8 BGRA_U16 BGRA_F32", "ConvertRGBtoYCbCr42x", "9ZT_420"},
-    {"BGRA_F32", "ConvertRGBtoYCbCr42x", "9ZT_4224"},
+    {"RGB_U8 BGR_U8 BGR_U16 BGR_F32 BGRA_U8 BGRA_U16 BGRA_F32 ARGB_U8 ARGB_U15plus1", "RGBtoYCbCr42x",
+     "YUYV-422"},
+    {"RGB_U15plus1 BGR_U16 BGR_F32 BGRA_U8 BGRA_U16 BGRA_F32 ARGB_U8 ARGB_U15plus1", "RGBtoYCbCr42x",
+     "9ZT-422"},
+    {"RGB_U8 BGR_U8 BGR_U16 BGR_F32 BGRA_U8 BGRA_U16 BGRA_F32", "RGBtoYCbCr42x", "9ZT-420"},
+    {"BGRA_F32", "RGBtoYCbCr42x", "9ZT-4224-HYBRID"},
 
-    {"YUYV_422 9ZT_422", "ConvertYCbCr42xToRGB",
+    {"YUYV-422 9ZT-422", "YCbCr42xToRGB",
      "RGB_U8 BGR_U8 RGBA_U8 BGRA_U8 BGRA_U16 BGRA_F32 ARGB_U8 ARGB_U15plus1"},
-    {"9ZT_422", "ConvertYCbCr42xToRGB", "RGB_U16"},
-    {"9ZT_420", "ConvertYCbCr42xToRGB", "RGB_U8 BGR_U8 BGRA_U8 BGRA_U16 BGRA_F32"},
-    {"9ZT_4224", "ConvertYCbCr42xToRGB", "BGRA_F32"},
+    {"9ZT-422", "YCbCr42xToRGB", "RGB_U16"},
+    {"9ZT-420", "YCbCr42xToRGB", "RGB_U8 BGR_U8 BGRA_U8 BGRA_U16 BGRA_F32"},
+    {"9ZT-4224-HYBRID", "YCbCr42xToRGB", "BGRA_F32"},
 
-    {"RGB_U8 BGR_U8 RGBA_U8 BGRA_U8", "ConvertRGBtoYCoCgDXT5", "YCOCG_DXT5"},
-    {"BGR_U16 BGR_F32", "ConvertBitDepth BGR_U8, ConvertRGBtoYCoCgDXT5", "YCOCG_DXT5"},
-    {"BGRA_U16 BGRA_F32", "ConvertBitDepth BGRA_U8, ConvertRGBtoYCoCgDXT5", "YCOCG_DXT5"},
-    {"RGB_U8 BGR_U8", "ConvertColourspace RGBA_U8, ConvertRGBtoYCoCgDXT5", "RGB_DXT1"},
+    {"RGB_U8 BGR_U8 RGBA_U8 BGRA_U8", "RGBtoYCoCgDXT5", "YCoCg-DXT5"},
+    {"BGR_U16 BGR_F32", "BitDepth BGR_U8, RGBtoYCoCgDXT5", "YCoCg-DXT5"},
+    {"BGRA_U16 BGRA_F32", "BitDepth BGRA_U8, RGBtoYCoCgDXT5", "YCoCg-DXT5"},
+    {"RGB_U8 BGR_U8", "Colourspace RGBA_U8, RGBtoYCoCgDXT5", "RGB-DXT1"},
 
-    {"YCOCG_DXT5", "ConvertYCoCgDXT5toRGB", "RGB_U8 BGR_U8 BGRA_U8"},
-    {"YCOCG_DXT5", "ConvertYCoCgDXT5toRGB BGRA_U8, ConvertBitDepth", "BGRA_F32"},
+    {"YCoCg-DXT5", "YCoCgDXT5toRGB", "RGB_U8 BGR_U8 BGRA_U8"},
+    {"YCoCg-DXT5", "YCoCgDXT5toRGB BGRA_U8, BitDepth", "BGRA_F32"},
 };
 
 inline std::vector<std::string> wordsOf(std::string const& text, char separator = ' ') {
@@ -135,45 +108,46 @@ inline std::vector<std::string> wordsOf(std::string const& text, char separator 
     return words;
 }
 
-/// A chain of the listing as the Encoder shows it.
-inline std::string chainText(std::string const& chain, std::string const& destination) {
-    std::string text;
-    for (std::string const& step : wordsOf(chain, ',')) {
+inline Encoder::Chain chainOf(std::string const& steps, std::string const& destination) {
+    Encoder::Chain chain;
+    for (std::string const& step : wordsOf(steps, ',')) {
         auto const words = wordsOf(step);
-        std::string const& produced = words.size() > 1 ? words[1] : destination;
-        text +=
-            (text.empty() ? "" : ", ") + words[0] + " to " + FrameFormat::toString(catalogue().at(produced));
+        chain.push_back({"Convert" + words[0], catalogue().at(words.size() > 1 ? words[1] : destination)});
     }
-    return text;
+    return chain;
 }
 
-/// The chains of the listing by the catalogue names of source and destination.
-inline std::map<std::pair<std::string, std::string>, std::string> const& directChains() {
+/// The chains of the listing by source and destination.
+using ListedChains = std::map<std::tuple<FrameFormat, FrameFormat>, Encoder::Chain>;
+
+inline ListedChains const& listedChains() {
     static auto const chains = [] {
-        std::map<std::pair<std::string, std::string>, std::string> result;
+        ListedChains result;
         for (Routes const& row : routes)
             for (auto const& source : wordsOf(row.sources))
                 for (auto const& destination : wordsOf(row.destinations))
-                    EXPECT_TRUE(
-                        result.emplace(std::pair(source, destination), chainText(row.chain, destination))
-                            .second)
-                        << source << " to " << destination << " is listed twice";
+                    result[{catalogue().at(source), catalogue().at(destination)}] =
+                        chainOf(row.chain, destination);
         return result;
     }();
     return chains;
 }
 
 /// What an Encoder must do for the pair; nothing when it must refuse.
-inline std::optional<std::string> expectedChain(std::string const& source, std::string const& destination) {
-    auto const& direct = directChains();
+inline std::optional<Encoder::Chain> expectedChain(FrameFormat const& source,
+                                                   FrameFormat const& destination) {
     if (source == destination)
-        return chainText("ConvertNoOperation", destination);
-    if (auto const found = direct.find({source, destination}); found != direct.end())
+        return Encoder::Chain{{"ConvertNoOperation", destination}};
+    auto const& listed = listedChains();
+    if (auto const found = listed.find({source, destination}); found != listed.end())
         return found->second;
-    auto const there = direct.find({source, "BGRA_F32"}), onwards = direct.find({"BGRA_F32", destination});
-    if (there == direct.end() || onwards == direct.end())
+    FrameFormat const middle = catalogue().at("BGRA_F32");
+    auto const there = listed.find({source, middle}), onwards = listed.find({middle, destination});
+    if (there == listed.end() || onwards == listed.end())
         return {};
-    return there->second + ", " + onwards->second;
+    Encoder::Chain chain = there->second;
+    chain.insert(chain.end(), onwards->second.begin(), onwards->second.end());
+    return chain;
 }
 
 } // namespace TestSupport

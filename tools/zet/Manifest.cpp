@@ -1,0 +1,95 @@
+#include "Manifest.h"
+
+#include "OutputFile.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <fstream>
+#include <optional>
+#include <stdexcept>
+
+namespace ZetTool {
+namespace {
+
+constexpr std::string_view mark = "# zet manifest 1";
+constexpr std::size_t checksumDigits = 32;
+
+struct Entry {
+    std::string name;
+    FileSum sum;
+};
+
+/// "CHECKSUM BYTES NAME"
+std::optional<Entry> parseEntry(const std::string& line) {
+    const std::string checksum = line.substr(0, line.find(' '));
+    if (checksum.size() != checksumDigits || checksum.find_first_not_of("0123456789abcdef") != checksum.npos)
+        return std::nullopt;
+    FileSum sum{checksum, 0};
+    const char* const end = line.data() + line.size();
+    const auto bytes =
+        std::from_chars(line.data() + std::min(line.size(), checksumDigits + 1), end, sum.bytes);
+    if (bytes.ec != std::errc{} || end - bytes.ptr < 2 || *bytes.ptr != ' ')
+        return std::nullopt;
+    return Entry{{bytes.ptr + 1, end}, sum};
+}
+
+} // namespace
+
+const char* const Manifest::description =
+    "A manifest is text. Its first line begins with \"# zet manifest 1\"; each other line has the XXH128\n"
+    "checksum of a whole file in 32 hexadecimal digits, its length in bytes and its name without folder,\n"
+    "with one blank between them. Further lines that begin with # mean nothing.";
+
+Manifest Manifest::load(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::string line(mark.size(), '\0'); // of a foreign file, no more than this is read
+    if (!stream.read(line.data(), static_cast<std::streamsize>(line.size())) || line != mark)
+        throw std::runtime_error(fmt::format(
+            "\"{}\" {}", file.string(),
+            stream.is_open() ? "is not a manifest: it does not begin with \"" + std::string(mark) + "\""
+                             : std::string("cannot be opened: ") + std::strerror(errno)));
+    std::getline(stream, line);
+    Manifest manifest;
+    for (std::size_t number = 2; std::getline(stream, line); ++number) {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        if (line.empty() || line.front() == '#')
+            continue;
+        const auto entry = parseEntry(line);
+        if (!entry)
+            throw std::runtime_error(
+                fmt::format("line {} of manifest \"{}\" is \"{}\", expected {} lower-case "
+                            "hexadecimal digits, a length and a file name",
+                            number, file.string(), line, checksumDigits));
+        manifest.merge({{{entry->name, entry->sum}}});
+    }
+    if (stream.bad())
+        throw std::runtime_error(fmt::format("manifest \"{}\" cannot be read to its end", file.string()));
+    return manifest;
+}
+
+void Manifest::merge(const Manifest& other) {
+    for (const auto& [name, sum] : other.sums)
+        if (const auto [place, isNew] = sums.emplace(name, sum); !isNew && !(place->second == sum))
+            throw std::runtime_error(
+                fmt::format("\"{}\" is listed as {} and as {}", name, place->second.checksum, sum.checksum));
+}
+
+void Manifest::save(const std::filesystem::path& file) const {
+    std::string text = fmt::format("{}: XXH128 of the whole file, bytes, name\n", mark);
+    for (const auto& [name, sum] : sums)
+        text += fmt::format("{} {} {}\n", sum.checksum, sum.bytes, name);
+    OutputFile output(file, 0);
+    std::ofstream stream(output.temporary(), std::ios::binary);
+    if (!stream)
+        throw std::runtime_error(
+            fmt::format("cannot write manifest \"{}\": {}", file.string(), std::strerror(errno)));
+    stream << text;
+    stream.close();
+    output.commit(text.size());
+}
+
+} // namespace ZetTool

@@ -1,0 +1,34 @@
+// Media files as they are found: what they say of themselves, or what is wrong with them.
+#pragma once
+
+#include "Picture.h"
+
+#include <MediaConversion/mediafile/ZentrelMediaFileReader.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace ZetTool {
+
+using MediaFileInfo = MediaConversion::ZentrelMediaFileInfo;
+
+struct FoundFile {
+    std::filesystem::path path;
+    std::optional<MediaFileInfo> info; ///< without one there is a fault
+    std::string fault;                 ///< what is wrong, without the path
+};
+
+/// Checks the file's headers and length without reading its pixels.
+FoundFile inspect(const std::filesystem::path& file);
+
+/// Whether two files say the same of themselves.
+bool alike(const MediaFileInfo& one, const MediaFileInfo& other);
+
+/// The label in the writer's menu; the library's name for a format that is not in it.
+std::string formatText(const MediaFileInfo& info);
+PictureSize sizeOf(const MediaFileInfo& info);
+/// "1.0"
+std::string versionText(const MediaFileInfo& info);
+
+} // namespace ZetTool

@@ -1,0 +1,32 @@
+// The same work on many things at once.
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace ZetTool {
+
+/// Calls `work` with every number below `count`, from up to `jobs` threads at once. `work` must not throw.
+template <class Work>
+void forEachIndex(std::size_t count, unsigned jobs, const Work& work) {
+    std::atomic<std::size_t> taken{0};
+    const auto takeAll = [&] {
+        for (std::size_t index; (index = taken++) < count;)
+            work(index);
+    };
+    std::vector<std::thread> threads;
+    try {
+        for (std::size_t job = 1; job < std::min<std::size_t>(jobs, count); ++job)
+            threads.emplace_back(takeAll);
+    } catch (const std::system_error&) {
+        // The system gives no more threads: those that there are do the work.
+    }
+    takeAll();
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+} // namespace ZetTool

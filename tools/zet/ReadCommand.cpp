@@ -1,0 +1,197 @@
+#include "ReadCommand.h"
+
+#include "DecodedFrame.h"
+#include "FrameRange.h"
+#include "Interruption.h"
+#include "MediaFiles.h"
+#include "MediaFrames.h"
+#include "Parallel.h"
+#include "PictureOutput.h"
+#include "Progress.h"
+#include "SequencePattern.h"
+
+#include <fmt/format.h>
+#include <opencv2/core/utility.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+
+namespace fs = std::filesystem;
+
+namespace ZetTool {
+namespace {
+
+struct Options {
+    std::vector<std::string> files;
+    std::string output;
+    std::optional<std::string> frames;
+    std::string colourSpace = "sRGB";
+    bool premultiplied = false;
+    unsigned jobs = 1;
+    bool quiet = false;
+};
+
+struct Plan {
+    std::vector<MediaFrame> frames;
+    SequencePattern target;
+    PictureFileType type;
+};
+
+struct Result {
+    std::vector<int> written;
+    std::vector<int> failed;
+};
+
+Plan planRead(const Options& options) {
+    Plan plan{findMediaFrames(options.files, options.frames), SequencePattern(options.output),
+              PictureFileType(options.output)};
+    plan.type.checkColourSpace(options.colourSpace);
+    if (!plan.target.hasField() && plan.frames.size() > 1)
+        throw std::runtime_error(fmt::format(
+            "the output name \"{}\" would take {}; give it a place for the frame number, such as \"%04d\"",
+            options.output, frameCount(plan.frames.size())));
+    const fs::path folder = plan.target.path().parent_path();
+    if (std::error_code error; !folder.empty() && !fs::is_directory(folder, error))
+        throw std::runtime_error(
+            fmt::format("the output's folder \"{}\" does not exist or is no folder", folder.string()));
+    return plan;
+}
+
+void noteLostAlpha(const Plan& plan) {
+    const FoundFile first = inspect(plan.frames.front().file);
+    if (first.info && holdsAlpha(first.info->format) && !plan.type.holdsAlpha())
+        std::cout << fmt::format("note: the media files have alpha, which {} pictures do not hold\n",
+                                 plan.target.path().extension().string());
+}
+
+DecodedFrame decode(const fs::path& file) {
+    try {
+        return DecodedFrame(file);
+    } catch (const std::exception& error) {
+        throw std::runtime_error(fmt::format("{}: {}", file.string(), error.what()));
+    }
+}
+
+std::uint64_t readFrame(const Plan& plan, const MediaFrame& media, const Options& options) {
+    const DecodedFrame decoded = decode(media.file);
+    const Zentrel::FrameFormat& format = decoded.info().format;
+    OutputPicture picture{decoded.pixels(), bitsOf(format), options.colourSpace, options.premultiplied};
+    if (!holdsAlpha(format))
+        cv::cvtColor(decoded.pixels(), picture.pixels, cv::COLOR_BGRA2BGR);
+    return plan.type.write(picture, plan.target.frame(media.frame), media.frame);
+}
+
+Result readFrames(const Plan& plan, const Options& options, Progress& progress) {
+    Result result;
+    std::mutex mutex;
+    cv::setNumThreads(static_cast<int>(std::max(1u, std::thread::hardware_concurrency() / options.jobs)));
+    forEachIndex(plan.frames.size(), options.jobs, [&](std::size_t i) {
+        if (Interruption::requested())
+            return;
+        const int frame = plan.frames[i].frame;
+        try {
+            progress.written(readFrame(plan, plan.frames[i], options));
+            const std::lock_guard lock(mutex);
+            result.written.push_back(frame);
+        } catch (const std::exception& error) {
+            progress.failed(fmt::format("zet: frame {}: {}", frame, error.what()));
+            const std::lock_guard lock(mutex);
+            result.failed.push_back(frame);
+        }
+    });
+    std::sort(result.written.begin(), result.written.end());
+    std::sort(result.failed.begin(), result.failed.end());
+    return result;
+}
+
+void printSummary(const Plan& plan, const Result& result, const ProgressCount& count) {
+    if (result.written.empty())
+        return;
+    const auto file = [&](int frame) { return plan.target.frame(frame).string(); };
+    std::cout << fmt::format("wrote {}{} ({}, {}) in {:.1f} s: {}\n", file(result.written.front()),
+                             result.written.size() == 1 ? "" : " to " + file(result.written.back()),
+                             frameCount(result.written.size()), byteText(count.bytes), count.seconds,
+                             rates(count));
+}
+
+ExitCode run(const Options& options) {
+    const Plan plan = planRead(options);
+    if (!options.quiet)
+        noteLostAlpha(plan);
+
+    const Interruption interruption;
+    Progress progress(Progress::styleForOutput(options.quiet), std::cout, std::cerr, plan.frames.size());
+    const Result result = readFrames(plan, options, progress);
+    const ProgressCount count = progress.finish();
+    if (!options.quiet)
+        printSummary(plan, result, count);
+
+    const std::size_t begun = result.written.size() + result.failed.size();
+    if (!result.failed.empty())
+        std::cerr << fmt::format("zet: {} of {} failed: {}\n", result.failed.size(),
+                                 frameCount(plan.frames.size()), formatFrameRange(result.failed));
+    if (begun < plan.frames.size()) {
+        std::cerr << fmt::format("zet: interrupted with {} of {} not begun\n", plan.frames.size() - begun,
+                                 frameCount(plan.frames.size()));
+        return ExitCode::Interrupted;
+    }
+    return result.failed.empty() ? ExitCode::Done : ExitCode::FramesFailed;
+}
+
+} // namespace
+
+void addReadCommand(CLI::App& program, ExitCode& exitCode) {
+    const auto options = std::make_shared<Options>();
+    options->jobs = std::max(1u, std::thread::hardware_concurrency());
+
+    CLI::App* command = program.add_subcommand("read", "Read media files back into pictures");
+    command
+        ->add_option("FILES", options->files,
+                     "One sequence (shot.%04d.zet, shot.####.zet, shot.@@@@.zet) or a list of files. The "
+                     "frames of a list are numbered by the digits at the end of their names if all have "
+                     "different ones, else from 1")
+        ->required();
+    command
+        ->add_option("-o,--output", options->output,
+                     "Output file, with a place for the frame number as in a sequence; its extension chooses "
+                     "the type: .png, .tif, .exr, .dpx, .jpg or another that OpenImageIO writes")
+        ->type_name("FILE")
+        ->required();
+    command
+        ->add_option("--frames", options->frames,
+                     "Frames to read, as in 1001-1100, 1-10x3, 2,5-6 or 9-7x-1; without it all that are "
+                     "there. --frames=-5-5 for negative ones")
+        ->type_name("RANGES");
+    command
+        ->add_option("--colorspace,--colourspace", options->colourSpace,
+                     "Colour space of the media files' samples, which do not tell it: sRGB, Rec709, Linear "
+                     "or whatever tag the pictures are to have")
+        ->type_name("NAME")
+        ->capture_default_str();
+    command->add_flag(
+        "--premultiplied", options->premultiplied,
+        "The media files' colour is multiplied by alpha, as it is when they were made from EXR");
+    command->add_option("-j,--jobs", options->jobs, "Frames to read at once")
+        ->type_name("N")
+        ->check(CLI::Range(1, 256).description(""))
+        ->capture_default_str();
+    command->add_flag("-q,--quiet", options->quiet, "Print nothing but errors");
+    command->footer(
+        "8-bit formats become 8-bit samples, deeper ones 16-bit, in EXR half and for 12 bits float.\n"
+        "Pictures have an alpha channel only where the media format has one.\n\n"
+        "Samples are written as they are and tagged with --colorspace as far as the file type can hold\n"
+        "a tag. EXR and HDR are linear light by convention: for them, samples are taken back from\n"
+        "sRGB or Rec709, and colour is multiplied by alpha.\n\n"
+        "Files appear under their names when they are whole; until then they are called\n"
+        ".zet-HOST-PROCESS-FRAME.part in the same folder.\n\n"
+        "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
+        "2 the run could not start; 130 interrupted.");
+    command->callback([options, &exitCode] { exitCode = run(*options); });
+}
+
+} // namespace ZetTool

@@ -1,0 +1,14 @@
+// "zet read": media files become pictures.
+#pragma once
+
+#include "ExitCode.h"
+
+#include <CLI/CLI.hpp>
+
+namespace ZetTool {
+
+/// Adds the sub-command. When it is chosen, its outcome goes to `exitCode`; it throws std::runtime_error when
+/// it cannot start.
+void addReadCommand(CLI::App& program, ExitCode& exitCode);
+
+} // namespace ZetTool
