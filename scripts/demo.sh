@@ -65,6 +65,7 @@ if [[ $# -eq 0 ]]; then
 fi
 for pictures in "$@"; do
     name=$(basename "${pictures%.*}")
+    [[ ! -e $pictures ]] || name=${name//[%#@]/_} # marks in a file's own name are no place for a frame number
     all_formats "$name" "$demo/contact-sheet-$(sed -E 's/[._-]*(%[0-9]*d|#+|@+)//' <<<"$name").png" \
         "--against=$pictures" "$pictures"
 done

@@ -6,8 +6,6 @@
 #include <tests/TestSupport.h>
 #include <tests/host/TestPicture.h>
 
-#include <opencv2/core.hpp>
-
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -94,11 +92,11 @@ TEST_F(ZetWriterTest, WritesInEveryFormatWhatTheLibraryMakes) {
     for (const OutputFormat& output : outputFormats) {
         TestPicture picture(8, 4, true, level);
         auto frame = Zentrel::FullFrame::create(F::BGRA_F32(), 4, 8);
-        frame->image().forEach<cv::Vec4f>([](cv::Vec4f& pixel, const int* at) {
-            const int x = at[1], y = 3 - at[0];
-            pixel = {level(PictureChannel::Blue, x, y), level(PictureChannel::Green, x, y),
-                     level(PictureChannel::Red, x, y), level(PictureChannel::Alpha, x, y)};
-        });
+        cv::Mat image = frame->image();
+        constexpr PictureChannel order[] = {PictureChannel::Blue, PictureChannel::Green, PictureChannel::Red,
+                                            PictureChannel::Alpha};
+        for (int i = 0; i < 8 * 4 * 4; ++i)
+            image.ptr<float>()[i] = level(order[i % 4], i / 4 % 8, 3 - i / 32);
         FrameSinkDestination destination;
         MediaConversion::Encoder encoder(F::BGRA_F32(), output.format());
         encoder.connect(&destination);

@@ -145,9 +145,8 @@ TEST_F(WriteCommandTest, ABadFrameIsNamedAndTheOthersAreWritten) {
     fs::remove(folder / "out/5.zet");
     const ProcessResult stopped = write(call, {"--fail-fast", "--jobs", "1"});
     EXPECT_EQ(stopped.exitCode, 1);
-    EXPECT_THAT(stopped.errors,
-                AllOf(HasSubstr("1 of 5 frames failed: 2\n"), HasSubstr("3 of 5 frames not begun"),
-                      HasSubstr("--fail-fast --jobs 1 --resume")));
+    EXPECT_THAT(stopped.errors, AllOf(HasSubstr("1 of 5 frames failed: 2\n"),
+                                      HasSubstr("3 of 5 frames not begun"), HasSubstr(" write --resume ")));
     EXPECT_THAT(written(), UnorderedElementsAre("1.zet"));
 
     const ProcessResult plan = write(call, {"--dry-run"});
@@ -232,8 +231,8 @@ TEST_F(WriteCommandTest, AnInterruptedRunLeavesOnlyWholeFiles) {
         EXPECT_EQ(result.exitCode, 130);
         EXPECT_THAT(result.errors,
                     AllOf(HasSubstr("interrupted with "),
-                          HasSubstr(ZET_PROGRAM " write --chart 64x64 --frames 1-100000 -o "
-                                                "'out/it'\\''s %06d.zet' -f rgb8 --resume\n")));
+                          HasSubstr(ZET_PROGRAM " write --resume --chart 64x64 --frames 1-100000 -o "
+                                                "'out/it'\\''s %06d.zet' -f rgb8\n")));
         for (const std::string& name : written()) {
             EXPECT_THAT(name, StartsWith("it's "));
             EXPECT_EQ(fs::file_size(folder / "out" / name), 28u + 64 * 64 * 3) << name;

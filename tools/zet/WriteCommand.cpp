@@ -51,6 +51,13 @@ void printSummary(const WritePlan& plan, const RunResult& result, const Progress
                              byteText(count.bytes), count.seconds, rates(count));
 }
 
+/// The command line of a run that goes on where this one ended. The option comes first: behind a "--" it
+/// would be a picture's name.
+std::string resuming(std::string commandLine) {
+    constexpr std::string_view name = " write ";
+    return commandLine.insert(commandLine.find(name) + name.size(), "--resume ");
+}
+
 ExitCode judge(const WritePlan& plan, const RunResult& result, const std::string& resumeCommand) {
     const std::size_t done = result.written.size() + result.failed.size();
     if (!result.failed.empty())
@@ -105,7 +112,7 @@ ExitCode run(Options options, const std::string& commandLine) {
     if (!options.quiet)
         printSummary(plan, result, count, options.run.verify);
     const ExitCode outcome =
-        judge(plan, result, options.request.resume ? commandLine : commandLine + " --resume");
+        judge(plan, result, options.request.resume ? commandLine : resuming(commandLine));
     return manifest && !finish(*manifest, result, options.run.jobs) ? ExitCode::FramesFailed : outcome;
 }
 
