@@ -1,5 +1,5 @@
 #!/bin/bash
-# Installs those of the Debian packages that are missing: install-dependencies.sh build [test]
+# Installs those of the Debian packages that are missing: install-dependencies.sh build [test] [bench]
 set -euo pipefail
 
 # OpenCV's and OpenImageIO's CMake files ask for all that the two were built with, so the whole of OpenCV and
@@ -7,14 +7,16 @@ set -euo pipefail
 build=(g++ cmake ninja-build libopencv-dev libopenimageio-dev openimageio-tools libcli11-dev libfmt-dev
     nlohmann-json3-dev libxxhash-dev)
 test=(libgtest-dev libgmock-dev libsquish-dev)
+bench=(libbenchmark-dev)
 
 wanted=()
 for group in "$@"; do
     case $group in
     build) wanted+=("${build[@]}") ;;
     test) wanted+=("${test[@]}") ;;
+    bench) wanted+=("${bench[@]}") ;;
     *)
-        echo "$0: unknown group \"$group\": expected build or test" >&2
+        echo "$0: unknown group \"$group\": expected build, test or bench" >&2
         exit 2
         ;;
     esac
