@@ -1,5 +1,6 @@
 // Media files seen from outside: formats, lengths and heads, and how they come under their names.
 #include <tests/TestSupport.h>
+#include <tools/zet/DecodedFrame.h>
 #include <tools/zet/FormatChoice.h>
 #include <tools/zet/MediaFileShape.h>
 #include <tools/zet/OutputFile.h>
@@ -20,8 +21,8 @@ namespace {
 TEST(FormatChoice, KnowsLabelsShortNamesAndIndices) {
     for (const char* name : {"rgba8", "7", "8-bit RGB 4:4:4:4 (+ alpha)"})
         EXPECT_STREQ(findOutputFormat(name).shortName, "rgba8") << name;
-    EXPECT_TRUE(holdsAlpha(findOutputFormat("4224")));
-    EXPECT_FALSE(holdsAlpha(findOutputFormat("dxt5")));
+    EXPECT_TRUE(holdsAlpha(findOutputFormat("4224").format()));
+    EXPECT_FALSE(holdsAlpha(findOutputFormat("dxt5").format()));
     for (const std::string name : {"", "9", "-1", "07", "RGB"})
         EXPECT_THAT(messageOf([&] { findOutputFormat(name); }),
                     AllOf(HasSubstr("\"" + name + "\""), HasSubstr("422-10"), HasSubstr("8-bit YCoCg DXT5")));

@@ -16,13 +16,6 @@ const OutputFormat& findOutputFormat(const std::string& name) {
         fmt::format("unknown format \"{}\"; the formats are\n{}", name, listOutputFormats()));
 }
 
-bool holdsAlpha(const OutputFormat& output) {
-    using Zentrel::Colourspace;
-    const Colourspace colourspace = output.format().colourspace;
-    return colourspace == Colourspace::RGBA || colourspace == Colourspace::YCbCrA_ITU_T871 ||
-           colourspace == Colourspace::YCoCgA;
-}
-
 std::string listOutputFormats() {
     std::string table;
     for (std::size_t index = 0; index < outputFormats.size(); ++index)

@@ -10,9 +10,6 @@ namespace ZetTool {
 /// The format with this label, short name or index in the menu. Throws std::runtime_error that lists them.
 const OutputFormat& findOutputFormat(const std::string& name);
 
-/// Whether the format's files hold an alpha channel.
-bool holdsAlpha(const OutputFormat& output);
-
 /// A table of all formats, one a line: index, short name, label.
 std::string listOutputFormats();
 

@@ -1,5 +1,6 @@
 #include "FormatsCommand.h"
 
+#include "DecodedFrame.h"
 #include "FormatChoice.h"
 #include "MediaFileShape.h"
 #include "Picture.h"
@@ -69,7 +70,7 @@ void print(const std::vector<Row>& rows, const PictureSize& size, const Options&
         {"index", "name", "label", "bits", "alpha", "block", "bytes/pixel", "bytes/frame", "MB/s"}};
     for (const Row& row : rows)
         cells.push_back({std::to_string(row.index), row.output.shortName, row.output.label, row.bits,
-                         holdsAlpha(row.output) ? "yes" : "no", row.block.text(),
+                         holdsAlpha(row.output.format()) ? "yes" : "no", row.block.text(),
                          fmt::format("{:.4g}", row.bytesPerPixel()),
                          row.fileBytes ? std::to_string(*row.fileBytes) : "-",
                          row.fileBytes ? fmt::format("{:.1f}", row.megabytesPerSecond(options.rate)) : "-"});
@@ -96,7 +97,7 @@ Json toJson(const Row& row, const PictureSize& size, const Options& options) {
               {"label", row.output.label},
               {"layout", Zentrel::FrameFormat::toString(row.output.format())},
               {"bits", row.bits},
-              {"alpha", holdsAlpha(row.output)},
+              {"alpha", holdsAlpha(row.output.format())},
               {"blockWidth", row.block.width},
               {"blockHeight", row.block.height},
               {"blockBytes", row.blockBytes},

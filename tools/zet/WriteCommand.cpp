@@ -1,5 +1,6 @@
 #include "WriteCommand.h"
 
+#include "DecodedFrame.h"
 #include "FrameRange.h"
 #include "Interruption.h"
 #include "PluginPlace.h"
@@ -32,7 +33,7 @@ struct Options {
 };
 
 void noteLostAlpha(const WritePlan& plan, const WriteRequest& request) {
-    if (!request.chart && plan.picture && plan.picture->hasAlpha && !holdsAlpha(*plan.format))
+    if (!request.chart && plan.picture && plan.picture->hasAlpha && !holdsAlpha(plan.format->format()))
         std::cout << fmt::format("note: the pictures have alpha, which \"{}\" does not hold\n",
                                  plan.format->label);
 }
