@@ -5,6 +5,7 @@
 #include <MediaConversion/MediaPipeline/FrameSinkDestination.h>
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/MediaPipeline/PackedFrame.h>
+#include <MediaConversion/converters/InstructionSet.h>
 #include <MediaConversion/converters/ParallelRows.h>
 
 #include <benchmark/benchmark.h>
@@ -12,7 +13,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <functional>
+#include <iterator>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <string>
 
@@ -34,13 +38,25 @@ cv::Mat noise() {
     return picture;
 }
 
+#if defined(__x86_64__)
+#define FOR_WIDEST_VECTORS __attribute__((target_clones("avx512f", "avx2", "default")))
+#else
+#define FOR_WIDEST_VECTORS
+#endif
+
+FOR_WIDEST_VECTORS std::uint64_t bitsOf(std::uint64_t const* samples, std::size_t count) {
+    std::uint64_t bits[32] = {};
+    for (std::size_t i = 0; i + 32 <= count; i += 32)
+        for (std::size_t k = 0; k < 32; ++k)
+            bits[k] |= samples[i + k];
+    return std::accumulate(std::begin(bits), std::end(bits), std::uint64_t{0}, std::bit_or<>());
+}
+
 /// Reads the whole picture and writes all of `output`.
 void stream(cv::Mat const& picture, cv::Mat& output) {
     parallelRows(rows, [&](int row) {
-        auto const* const samples = reinterpret_cast<std::uint64_t const*>(picture.ptr(row));
-        std::uint64_t bits = 0;
-        for (std::size_t i = 0; i < picture.step[0] / sizeof *samples; ++i)
-            bits |= samples[i];
+        auto const bits = bitsOf(reinterpret_cast<std::uint64_t const*>(picture.ptr(row)),
+                                 picture.step[0] / sizeof(std::uint64_t));
         std::size_t const bytes = output.total() * output.elemSize(), begin = bytes * row / rows;
         std::memset(output.data + begin, static_cast<int>(bits & 1), bytes * (row + 1) / rows - begin);
     });
@@ -54,7 +70,9 @@ double secondsOf(Action const& action) {
 }
 
 /// Frames of one conversion after another, with pooled memory.
-void convert(benchmark::State& state, cv::Mat const& picture, FrameFormat const& destination, int threads) {
+void convert(benchmark::State& state, cv::Mat const& picture, FrameFormat const& destination,
+             InstructionSet set, int threads) {
+    useInstructionSet(set);
     cv::setNumThreads(threads);
     FrameSinkDestination sink;
     Encoder encoder(F::BGRA_F32(), destination);
@@ -77,19 +95,21 @@ void convert(benchmark::State& state, cv::Mat const& picture, FrameFormat const&
 }
 
 void registerAll(cv::Mat const& picture) {
-    for (int const threads : {1, 2})
-        for (auto const& destination :
-             {P::RGB_DPX_FILLED_U10(), P::RGB_SMPTE_2110_U12(), P::YCBCR_ITU_T871_YUYV_422_U8(),
-              P::YCBCR_ITU_T871_9ZT_422_U10(), P::YCBCR_ITU_T871_9ZT_420_U8(),
-              P::YCBCRA_ITU_T871_9ZT_4224_HYBRID_U12(), P::YCOCG_DXT5_U8(), F::BGRA_U8(), F::BGR_U8(),
-              F::RGBA_U8()})
-            benchmark::RegisterBenchmark(
-                (FrameFormat::toString(destination) + "/threads:" + std::to_string(threads)).c_str(),
-                [&picture, destination, threads](benchmark::State& state) {
-                    convert(state, picture, destination, threads);
-                })
-                ->UseManualTime()
-                ->Unit(benchmark::kMillisecond);
+    for (auto const set : availableInstructionSets())
+        for (int const threads : {1, 2})
+            for (auto const& destination :
+                 {P::RGB_DPX_FILLED_U10(), P::RGB_SMPTE_2110_U12(), P::YCBCR_ITU_T871_YUYV_422_U8(),
+                  P::YCBCR_ITU_T871_9ZT_422_U10(), P::YCBCR_ITU_T871_9ZT_420_U8(),
+                  P::YCBCRA_ITU_T871_9ZT_4224_HYBRID_U12(), P::YCOCG_DXT5_U8(), F::BGRA_U8(), F::BGR_U8(),
+                  F::RGBA_U8()})
+                benchmark::RegisterBenchmark((FrameFormat::toString(destination) + "/" + toString(set) +
+                                              "/threads:" + std::to_string(threads))
+                                                 .c_str(),
+                                             [&picture, destination, set, threads](benchmark::State& state) {
+                                                 convert(state, picture, destination, set, threads);
+                                             })
+                    ->UseManualTime()
+                    ->Unit(benchmark::kMillisecond);
 }
 
 } // namespace

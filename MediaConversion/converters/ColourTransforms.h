@@ -5,15 +5,25 @@
 
 namespace MediaConversion {
 
-/// The luma of ITU-T T.871, on samples of 0..1; neither rounds nor clamps.
-inline void BgrToY(double b, double g, double r, double& y) { y = (0.299 * r + 0.587 * g) + 0.114 * b; }
+/// The luma of ITU-T T.871, on samples of 0..1; neither rounds nor clamps. `Real` is double, or a vector of
+/// numbers.
+template <class Real>
+void BgrToY(Real b, Real g, Real r, Real& y) {
+    y = (0.299 * r + 0.587 * g) + 0.114 * b;
+}
 
 /// Full-range YCbCr of ITU-T T.871 on samples of 0..1, u being Cb and v Cr, both centred on 0.5; neither
 /// rounds nor clamps.
-inline void BgrToYuv(double b, double g, double r, double& y, double& u, double& v) {
-    BgrToY(b, g, r, y);
+template <class Real>
+void BgrToYuv(Real b, Real g, Real r, Real& y, Real& u, Real& v) {
+    BgrToY<Real>(b, g, r, y);
     u = ((0.5 * b - 0.168736 * r) - 0.331264 * g) + 0.5;
     v = ((0.5 * r - 0.418688 * g) - 0.081312 * b) + 0.5;
+}
+
+inline void BgrToY(double b, double g, double r, double& y) { BgrToY<double>(b, g, r, y); }
+inline void BgrToYuv(double b, double g, double r, double& y, double& u, double& v) {
+    BgrToYuv<double>(b, g, r, y, u, v);
 }
 
 /// The inverse of `BgrToYuv`; results may leave 0..1.

@@ -28,8 +28,8 @@ struct DpxFilled {
     static constexpr int wordBytes = 4, lowestBits[] = {22, 12, 2};
     static constexpr auto firstByte = FirstByte::Least;
 
-    static Zentrel::FrameFormat rgbFormat() { return Zentrel::PackedFrameFormat::RGB_DPX_FILLED_U10(); }
-    static Zentrel::FrameFormat bgrFormat() { return Zentrel::PackedFrameFormat::BGR_DPX_FILLED_U10(); }
+    static constexpr auto rgbFormat = Zentrel::PackedFrameFormat::RGB_DPX_FILLED_U10;
+    static constexpr auto bgrFormat = Zentrel::PackedFrameFormat::BGR_DPX_FILLED_U10;
 };
 
 /// The samples of two pixels end to end, upwards from the least significant bit. Two fill three bytes; C of
@@ -43,8 +43,8 @@ struct DpxPacked {
     static constexpr int wordBytes = 3, lowestBits[] = {0, 12};
     static constexpr auto firstByte = FirstByte::Least;
 
-    static Zentrel::FrameFormat rgbFormat() { return Zentrel::PackedFrameFormat::RGB_DPX_PACKED_U12(); }
-    static Zentrel::FrameFormat bgrFormat() { return Zentrel::PackedFrameFormat::BGR_DPX_PACKED_U12(); }
+    static constexpr auto rgbFormat = Zentrel::PackedFrameFormat::RGB_DPX_PACKED_U12;
+    static constexpr auto bgrFormat = Zentrel::PackedFrameFormat::BGR_DPX_PACKED_U12;
 };
 
 /// The samples of two pixels end to end, downwards from the most significant bit, in the same pairs.
@@ -57,13 +57,13 @@ struct SmpteSt2110 {
     static constexpr int wordBytes = 3, lowestBits[] = {12, 0};
     static constexpr auto firstByte = FirstByte::Most;
 
-    static Zentrel::FrameFormat rgbFormat() { return Zentrel::PackedFrameFormat::RGB_SMPTE_2110_U12(); }
-    static Zentrel::FrameFormat bgrFormat() { return Zentrel::PackedFrameFormat::BGR_SMPTE_2110_U12(); }
+    static constexpr auto rgbFormat = Zentrel::PackedFrameFormat::RGB_SMPTE_2110_U12;
+    static constexpr auto bgrFormat = Zentrel::PackedFrameFormat::BGR_SMPTE_2110_U12;
 };
 
-/// The samples of a block, pixel by pixel.
-template <class Layout>
-using BlockSamples = std::array<std::uint32_t, 3 * Layout::pixels>;
+/// The samples of a block, pixel by pixel. `Int` is a number, or a vector of them.
+template <class Layout, class Int>
+using BlockSamples = std::array<Int, 3 * Layout::pixels>;
 
 template <class Layout>
 constexpr int blockBytes = Layout::wordBytes * 3 * Layout::pixels /
@@ -75,22 +75,39 @@ constexpr int byteShift(int byte) {
     return 8 * (Layout::firstByte == FirstByte::Least ? byte : Layout::wordBytes - 1 - byte);
 }
 
-/// Only the bits of the layout's depth are taken of each sample.
-template <class Layout>
-void packBlock(BlockSamples<Layout> const& samples, std::uint8_t* bytes) {
+/// A layout's word, of which the byte that comes first in memory is to be the lowest.
+template <class Layout, class Int>
+Int firstByteLowest(Int const& word) {
+    if constexpr (Layout::firstByte == FirstByte::Least)
+        return word;
+    Int bytes = 0;
+    for (int byte = 0; byte < Layout::wordBytes; ++byte)
+        bytes = bytes | ((word >> byteShift<Layout>(byte)) & 0xff) << (8 * byte);
+    return bytes;
+}
+
+/// The block as 32-bit words, the lowest byte first; of the last word the block may take fewer bytes. Only
+/// the bits of the layout's depth are taken of each sample.
+template <class Layout, class Int>
+std::array<Int, (blockBytes<Layout> + 3) / 4> packBlock(BlockSamples<Layout, Int> const& samples) {
+    std::array<Int, (blockBytes<Layout> + 3) / 4> block;
+    block.fill(0);
     auto sample = samples.begin();
-    while (sample != samples.end()) {
-        std::uint32_t word = 0;
+    for (int bit = 0; sample != samples.end(); bit += 8 * Layout::wordBytes) {
+        Int word = 0;
         for (int const lowestBit : Layout::lowestBits)
-            word |= (*sample++ & Layout::Depth::fullScale) << lowestBit;
-        for (int byte = 0; byte < Layout::wordBytes; ++byte)
-            *bytes++ = static_cast<std::uint8_t>(word >> byteShift<Layout>(byte));
+            word = word | (*sample++ & Layout::Depth::fullScale) << lowestBit;
+        word = firstByteLowest<Layout>(word);
+        block[bit / 32] = block[bit / 32] | word << bit % 32;
+        if (bit % 32 + 8 * Layout::wordBytes > 32)
+            block[bit / 32 + 1] = word >> (32 - bit % 32);
     }
+    return block;
 }
 
 template <class Layout>
-BlockSamples<Layout> unpackBlock(std::uint8_t const* bytes) {
-    BlockSamples<Layout> samples;
+BlockSamples<Layout, std::uint32_t> unpackBlock(std::uint8_t const* bytes) {
+    BlockSamples<Layout, std::uint32_t> samples;
     auto sample = samples.begin();
     while (sample != samples.end()) {
         std::uint32_t word = 0;

@@ -14,6 +14,7 @@
 
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/MediaPipeline/PackedFrame.h>
+#include <MediaConversion/converters/InstructionSet.h>
 
 #include <tests/TestSupport.h>
 
@@ -176,11 +177,29 @@ cv::Mat convertedBy(FrameFormat const& destination, std::unique_ptr<Zentrel::IIm
     return dynamic_cast<Zentrel::IImageFrame&>(*result).image();
 }
 
-/// The conversion agrees with the reference on all fillings and sizes, on one thread and on several, and
-/// leaves the source as it was.
+/// For its lifetime conversions use an instruction set and a number of threads.
+class ConvertingWith {
+public:
+    ConvertingWith(MediaConversion::InstructionSet set, int threads) {
+        MediaConversion::useInstructionSet(set);
+        cv::setNumThreads(threads);
+    }
+    ~ConvertingWith() {
+        MediaConversion::useInstructionSet(setBefore);
+        cv::setNumThreads(threadsBefore);
+    }
+    ConvertingWith(ConvertingWith const&) = delete;
+    ConvertingWith& operator=(ConvertingWith const&) = delete;
+
+private:
+    MediaConversion::InstructionSet setBefore = MediaConversion::instructionSet();
+    int threadsBefore = cv::getNumThreads();
+};
+
+/// The conversion agrees with the reference on all fillings and sizes, with every instruction set of the
+/// machine, on one thread and on several, and leaves the source as it was.
 template <class Processor>
 void expectConverts(FrameFormat const& source, FrameFormat const& destination, Reference const& reference) {
-    int const threadsBefore = cv::getNumThreads();
     for (Filling const filling : {Filling::Noise, Filling::Limits, Filling::NeutralRamp})
         for (cv::Size const size : sizesFor(source, destination)) {
             SCOPED_TRACE(
@@ -189,14 +208,14 @@ void expectConverts(FrameFormat const& source, FrameFormat const& destination, R
             GuardedPicture const picture(source, size, filling);
             cv::Mat expected(elementsOf(destination, size), openCvTypeOf(destination));
             reference(picture.matrix(), expected);
-            for (int const threads : {1, 4}) {
-                cv::setNumThreads(threads);
+            for (auto const set : MediaConversion::availableInstructionSets()) {
+                SCOPED_TRACE(toString(set));
+                ConvertingWith const settings(set, set == MediaConversion::InstructionSet::Plain ? 1 : 4);
                 ASSERT_NO_FATAL_FAILURE(
                     expectSameBytes(convertedBy<Processor>(destination, picture.frame()), expected));
             }
             ASSERT_TRUE(picture.untouched());
         }
-    cv::setNumThreads(threadsBefore);
 }
 
 using FormatPairs = std::set<std::pair<FrameFormat, FrameFormat>>;

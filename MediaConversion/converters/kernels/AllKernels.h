@@ -1,0 +1,16 @@
+// All kernels, for the instruction set of the unit that includes this.
+#pragma once
+
+#include <MediaConversion/converters/kernels/Packing.h>
+#include <MediaConversion/converters/kernels/Subsampling.h>
+
+namespace MediaConversion {
+namespace {
+
+constexpr Kernels allKernels{
+    {packing.rows, std::size(packing.rows)},
+    {subsampling, std::size(subsampling)},
+};
+
+} // namespace
+} // namespace MediaConversion

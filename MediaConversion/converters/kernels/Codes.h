@@ -1,0 +1,45 @@
+// From values, nominally 0..1, to integer codes: rounded half up, as double precision gives it.
+#pragma once
+
+#include <MediaConversion/converters/kernels/Vectors.h>
+
+namespace MediaConversion {
+namespace {
+
+/// Rounds in double precision.
+class DoubleCodes {
+public:
+    using Real = Doubles;
+
+    Ints operator()(Doubles value, int bits) const { return truncated(value * ((1 << bits) - 1) + 0.5); }
+};
+
+/// Rounds in single precision, which is several times faster, and tells whether all results are certainly
+/// those of double precision.
+///
+/// Codes are first made with 24 bits, of which the upper ones are the code and the others its fraction. A
+/// unit is the lowest of the 24 bits. A value that is off by at most `errorUnits` units, these two roundings
+/// (half a unit each) included, can give another code only where the fraction is that close to a whole code.
+/// There, and for NaN, whose conversion leaves the fraction 0, the results are not certain.
+template <int errorUnits>
+class SingleCodes {
+public:
+    using Real = Floats;
+
+    Ints operator()(Floats value, int bits) {
+        int const fractionBits = 24 - bits, fractions = 1 << fractionBits;
+        static_assert((errorUnits & (errorUnits - 1)) == 0, "the mask below needs a power of two");
+        Ints const code = truncated(value * (((1 << bits) - 1) * fractions) + fractions / 2);
+        distance = min(distance, (code + errorUnits) & (fractions - 2 * errorUnits));
+        return code >> fractionBits;
+    }
+
+    bool certain() const { return !anyZero(distance.vector); }
+
+private:
+    // Zero where a fraction came too close to a whole code.
+    Ints distance = 1 << 30;
+};
+
+} // namespace
+} // namespace MediaConversion

@@ -1,0 +1,22 @@
+// AVX2: 32 bytes. The functions are explained in InstructionsPlain.h.
+#pragma once
+
+#include <MediaConversion/converters/kernels/VectorTypes.h>
+
+namespace MediaConversion {
+namespace {
+
+using FloatVector = VectorOf<float, 32>;
+using IntVector = VectorOf<std::int32_t, 32>;
+
+inline FloatVector loadQuads(float const* first, std::ptrdiff_t stride) {
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(first)), _mm_loadu_ps(first + stride), 1);
+}
+
+inline bool anyZero(IntVector a) {
+    return _mm256_movemask_epi8(_mm256_cmpeq_epi32(reinterpret_cast<__m256i>(a), _mm256_setzero_si256())) !=
+           0;
+}
+
+} // namespace
+} // namespace MediaConversion

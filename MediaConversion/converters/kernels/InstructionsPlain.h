@@ -1,0 +1,23 @@
+// What vectors need of the compiler on any machine: 16 bytes, in the language of the compiler's own vectors.
+#pragma once
+
+#include <MediaConversion/converters/kernels/VectorTypes.h>
+
+namespace MediaConversion {
+namespace {
+
+using FloatVector = VectorOf<float, 16>;
+using IntVector = VectorOf<std::int32_t, 16>;
+
+/// Four floats each from `first`, `first + stride` and so on, as many as the vector takes.
+inline FloatVector loadQuads(float const* first, std::ptrdiff_t) {
+    FloatVector quad;
+    std::memcpy(&quad, first, sizeof quad);
+    return quad;
+}
+
+/// Whether any of the numbers is zero.
+inline bool anyZero(IntVector a) { return a[0] == 0 || a[1] == 0 || a[2] == 0 || a[3] == 0; }
+
+} // namespace
+} // namespace MediaConversion
