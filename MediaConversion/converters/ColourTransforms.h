@@ -34,7 +34,7 @@ inline void YuvToBgr(double y, double u, double v, double& b, double& g, double&
 }
 
 /// Integer YCoCg, rounded half up (towards plus infinity). 8-bit samples give y in 0..255, co and cg in
-/// -127..128. `Int` is int, or lanes of integers.
+/// -127..128. `Int` is int, or a vector of integers.
 template <class Int>
 void RgbToYCoCg(Int r, Int g, Int b, Int& y, Int& co, Int& cg) {
     static_assert(-5 >> 1 == -3, "shifts of negative numbers must round down");

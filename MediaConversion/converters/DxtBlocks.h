@@ -28,7 +28,7 @@ constexpr int blockSize = 4;
 constexpr int blockPixels = blockSize * blockSize;
 constexpr int pieceBytes = 8;
 
-/// 64 bits of a block as words. In all templates of the block compressions `Int` is a number, or `Lanes` of
+/// 64 bits of a block as words. In all templates of the block compressions `Int` is a number, or a vector of
 /// them: one for each of several blocks.
 template <class Int>
 using Piece = std::array<Int, 4>;

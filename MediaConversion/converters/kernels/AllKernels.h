@@ -1,6 +1,7 @@
 // All kernels, for the instruction set of the unit that includes this.
 #pragma once
 
+#include <MediaConversion/converters/kernels/Compression.h>
 #include <MediaConversion/converters/kernels/Packing.h>
 #include <MediaConversion/converters/kernels/Subsampling.h>
 
@@ -10,6 +11,7 @@ namespace {
 constexpr Kernels allKernels{
     {packing.rows, std::size(packing.rows)},
     {subsampling, std::size(subsampling)},
+    {compression, std::size(compression)},
 };
 
 } // namespace

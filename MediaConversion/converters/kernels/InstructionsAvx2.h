@@ -9,8 +9,12 @@ namespace {
 using FloatVector = VectorOf<float, 32>;
 using IntVector = VectorOf<std::int32_t, 32>;
 
-inline FloatVector loadQuads(float const* first, std::ptrdiff_t stride) {
-    return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(first)), _mm_loadu_ps(first + stride), 1);
+inline __m128 loadQuad(std::uint8_t const* bytes) {
+    return _mm_loadu_ps(reinterpret_cast<float const*>(bytes));
+}
+
+inline FloatVector loadQuads(std::uint8_t const* first, int stride) {
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(loadQuad(first)), loadQuad(first + stride), 1);
 }
 
 inline bool anyZero(IntVector a) {

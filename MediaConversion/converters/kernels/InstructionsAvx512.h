@@ -9,11 +9,15 @@ namespace {
 using FloatVector = VectorOf<float, 64>;
 using IntVector = VectorOf<std::int32_t, 64>;
 
-inline FloatVector loadQuads(float const* first, std::ptrdiff_t stride) {
-    __m512 quads = _mm512_castps128_ps512(_mm_loadu_ps(first));
-    quads = _mm512_insertf32x4(quads, _mm_loadu_ps(first + stride), 1);
-    quads = _mm512_insertf32x4(quads, _mm_loadu_ps(first + 2 * stride), 2);
-    return _mm512_insertf32x4(quads, _mm_loadu_ps(first + 3 * stride), 3);
+inline __m128 loadQuad(std::uint8_t const* bytes) {
+    return _mm_loadu_ps(reinterpret_cast<float const*>(bytes));
+}
+
+inline FloatVector loadQuads(std::uint8_t const* first, int stride) {
+    __m512 quads = _mm512_castps128_ps512(loadQuad(first));
+    quads = _mm512_insertf32x4(quads, loadQuad(first + stride), 1);
+    quads = _mm512_insertf32x4(quads, loadQuad(first + 2 * stride), 2);
+    return _mm512_insertf32x4(quads, loadQuad(first + 3 * stride), 3);
 }
 
 inline bool anyZero(IntVector a) {

@@ -9,8 +9,8 @@ namespace {
 using FloatVector = VectorOf<float, 16>;
 using IntVector = VectorOf<std::int32_t, 16>;
 
-/// Four floats each from `first`, `first + stride` and so on, as many as the vector takes.
-inline FloatVector loadQuads(float const* first, std::ptrdiff_t) {
+/// 16 bytes each from `first`, `first + stride` and so on, as many as the vector takes.
+inline FloatVector loadQuads(std::uint8_t const* first, int) {
     FloatVector quad;
     std::memcpy(&quad, first, sizeof quad);
     return quad;

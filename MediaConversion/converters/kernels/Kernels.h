@@ -31,7 +31,7 @@ struct RowEncoders {
 };
 
 struct Kernels {
-    RowEncoders packing, subsampling;
+    RowEncoders packing, subsampling, compression;
 };
 
 extern Kernels const plainKernels, avx2Kernels, avx512Kernels;

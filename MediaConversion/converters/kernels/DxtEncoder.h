@@ -9,6 +9,7 @@
 #include <cstddef>
 
 namespace MediaConversion::Dxt {
+namespace {
 
 /// The pixels of a block as 8-bit samples.
 template <class Int>
@@ -219,4 +220,5 @@ struct Dxt1Encoder {
     }
 };
 
+} // namespace
 } // namespace MediaConversion::Dxt
