@@ -6,12 +6,22 @@
 namespace MediaConversion {
 namespace {
 
+/// Samples that are codes already.
+class SampleCodes {
+public:
+    using Real = Ints;
+
+    Ints operator()(Ints sample, int) const { return sample; }
+    static constexpr bool certain() { return true; }
+};
+
 /// Rounds in double precision.
 class DoubleCodes {
 public:
     using Real = Doubles;
 
     Ints operator()(Doubles value, int bits) const { return truncated(value * ((1 << bits) - 1) + 0.5); }
+    static constexpr bool certain() { return true; }
 };
 
 /// Rounds in single precision, which is several times faster, and tells whether all results are certainly

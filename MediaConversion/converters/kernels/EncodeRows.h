@@ -41,6 +41,14 @@ std::array<Floats, 4> loadChannels(Source const* first, int stride) {
         auto const channels =
             loadTransposed(reinterpret_cast<std::uint8_t const*>(first), stride * sizeof(Source));
         return {Floats(channels[0]), Floats(channels[1]), Floats(channels[2]), Floats(channels[3])};
+    } else if constexpr (sizeof(Source) == sizeof(std::int32_t)) {
+        std::array<std::int32_t, lanes> numbers;
+        for (int lane = 0; lane < lanes; ++lane)
+            std::memcpy(&numbers[lane], first + lane * stride, sizeof(Source));
+        Ints pixels;
+        std::memcpy(&pixels, &numbers, sizeof pixels);
+        return {Floats(pixels & 0xff), Floats(pixels >> 8 & 0xff), Floats(pixels >> 16 & 0xff),
+                Floats(pixels >> 24 & 0xff)};
     } else {
         std::array<Floats, 4> channels{};
         for (int channel = 0; channel < Source::channels; ++channel)
@@ -49,12 +57,20 @@ std::array<Floats, 4> loadChannels(Source const* first, int stride) {
     }
 }
 
+/// Whether no value is above 1.
+template <class Source, class Format>
+constexpr bool isBounded = Format::template limits<typename Source::Depth> ||
+                           Source::Depth::fullScale == std::numeric_limits<typename Source::Sample>::max();
+
+/// For `Real` being integers the samples as they are.
 template <class Real, class Source, class Format>
 Real normalised(Floats samples) {
     using Depth = typename Source::Depth;
     using Sample = typename Depth::Sample;
     constexpr float scale = Depth::fullScale;
-    if constexpr (std::is_same_v<Depth, F32>)
+    if constexpr (std::is_same_v<Real, Ints>)
+        return truncated(samples);
+    else if constexpr (std::is_same_v<Depth, F32>)
         return Real(limited(samples, scale));
     else if constexpr (Format::template limits<Depth> &&
                        Depth::fullScale < std::numeric_limits<Sample>::max())
@@ -67,7 +83,7 @@ template <class Real, class Source, class Format>
 Colours<Real> coloursOf(std::array<Floats, 4> const& channels) {
     using Order = typename Source::Order;
     auto const value = [&](int channel) { return normalised<Real, Source, Format>(channels[channel]); };
-    Colours<Real> colours{value(Order::blue), value(Order::green), value(Order::red), 1.0};
+    Colours<Real> colours{value(Order::blue), value(Order::green), value(Order::red), 1};
     if constexpr (Source::channels == 4)
         colours.alpha = value(Order::alpha);
     return colours;
@@ -97,6 +113,17 @@ private:
     std::array<std::array<Floats, 4>, Format::rows * Format::columns> channels;
 };
 
+/// In single precision. The division by full scale, which only integer samples need, costs half a unit more.
+template <class Format, class Source>
+constexpr int errorUnits =
+    std::is_same_v<typename Source::Depth, F32> ? Format::errorUnits : 2 * Format::errorUnits;
+
+/// How the codes of a format are first made from a source.
+template <class Format, class Source>
+using FirstCodes = std::conditional_t<
+    std::is_same_v<typename Source::Depth, typename Format::SameDepth>, SampleCodes,
+    std::conditional_t<isBounded<Source, Format>, SingleCodes<errorUnits<Format, Source>>, DoubleCodes>>;
+
 template <class Format, class Source_>
 struct RoundedGroup {
     using Source = Source_;
@@ -105,14 +132,13 @@ struct RoundedGroup {
 
     static void encode(std::uint8_t const* pixels, std::size_t rowBytes, std::uint8_t* blocks) {
         BlockPixels<Format, Source> const source(pixels, rowBytes);
-        if constexpr (std::is_same_v<typename Source::Depth, F32>) {
-            SingleCodes<Format::errorUnits> codes;
-            auto const words = source.encode(codes);
-            if (__builtin_expect(codes.certain(), true))
-                return storeBlocks<bytes>(words, blocks);
+        FirstCodes<Format, Source> codes;
+        auto words = source.encode(codes);
+        if (__builtin_expect(!codes.certain(), false)) {
+            DoubleCodes exactCodes;
+            words = source.encode(exactCodes);
         }
-        DoubleCodes codes;
-        storeBlocks<bytes>(source.encode(codes), blocks);
+        storeBlocks<bytes>(words, blocks);
     }
 };
 

@@ -12,9 +12,10 @@ namespace {
 template <class Layout, class Order>
 struct EncodeRgb {
     static constexpr int rows = 1, columns = Layout::pixels, bytes = blockBytes<Layout>, errorUnits = 1;
-    /// A sample that has the layout's depth already stays as it is, out of range too; others are limited.
+    /// A sample of this depth stays as it is, out of range too; others are limited.
+    using SameDepth = typename Layout::Depth;
     template <class Depth>
-    static constexpr bool limits = !std::is_same_v<Depth, typename Layout::Depth>;
+    static constexpr bool limits = true;
 
     template <class Real, class Codes>
     static auto encode(std::array<Colours<Real>, columns> const& pixels, Codes& codes) {

@@ -1,10 +1,16 @@
 // RGB to the chroma-subsampled YCbCr formats.
 //
-// How far values are off in single precision, in units of 2^-24: a rounding costs at most half the distance
-// between floats, a unit for results of 1..2, half of one for 0.5..1, and so on. Luma rounds three constants
-// and their three products (0.6 units), and two sums (1); chroma rounds two constants and their products
-// (0.4), and three sums (1); the mean of four pixels rounds three sums (1.3). The two roundings of the codes
-// cost 1 more: less than 4 in all.
+// How far values are off in single precision, in units of 2^-24, on samples of 0..1: a rounding costs at most
+// half the distance between floats, which is 1 unit for results of 0.5..1, 2 for 1..2, 4 for 2..4, half of
+// one for 0.25..0.5 and so on.
+//
+//                                  luma   Cb     Cr
+//     constants                    0.82   0.38   0.32
+//     products with them           0.82   0.38   0.32
+//     sums                         1      1      1
+//     the mean of four pixels             1.25   1.25   (of two: 0.5)
+//     the codes' two roundings     1      1      1
+//     at most                      3.64   4      3.88
 #pragma once
 
 #include <MediaConversion/converters/ColourTransforms.h>
@@ -38,6 +44,7 @@ Real lumaOf(Colours<Real> const& pixel) {
 template <class Block>
 struct Encode422 {
     static constexpr int rows = 1, columns = 2, bytes = sizeof(Block), errorUnits = 4;
+    using SameDepth = void; // no sample is a code
     template <class Depth>
     static constexpr bool limits = std::is_same_v<Depth, F32>;
 
@@ -53,6 +60,7 @@ struct Encode422 {
 /// The chroma of a block is the mean of its pixels'.
 struct Encode420 {
     static constexpr int rows = 2, columns = 2, bytes = sizeof(EightBit420), errorUnits = 4;
+    using SameDepth = void; // no sample is a code
     template <class Depth>
     static constexpr bool limits = std::is_same_v<Depth, F32>;
 
@@ -70,6 +78,7 @@ struct Encode420 {
 /// The chroma of a block is that of its left pixel alone, not the mean as in 4:2:2.
 struct Encode4224 {
     static constexpr int rows = 1, columns = 2, bytes = sizeof(Hybrid4224), errorUnits = 4;
+    using SameDepth = void; // no sample is a code
     template <class Depth>
     static constexpr bool limits = std::is_same_v<Depth, F32>;
 

@@ -34,11 +34,13 @@ struct Floats {
     Floats() = default;
     Floats(double number) : vector(FloatVector{} + static_cast<float>(number)) {}
     explicit Floats(FloatVector vector) : vector(vector) {}
+    explicit Floats(Ints ints) : vector(__builtin_convertvector(ints.vector, FloatVector)) {}
 
     // clang-format off
     friend Floats operator+(Floats a, Floats b) { return Floats(a.vector + b.vector); }
     friend Floats operator-(Floats a, Floats b) { return Floats(a.vector - b.vector); }
     friend Floats operator*(Floats a, Floats b) { return Floats(a.vector * b.vector); }
+    friend Floats operator/(Floats a, Floats b) { return Floats(a.vector / b.vector); }
     // clang-format on
 
     /// Limited to 0..`top`; NaN stays.
