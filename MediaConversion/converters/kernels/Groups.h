@@ -23,30 +23,44 @@ FloatVector quadsOf(FloatVector a, FloatVector b) {
     return quadsOf<i0, i1, i2, i3>(a, b, std::make_integer_sequence<int, lanes>());
 }
 
-/// Four vectors, the first with the first number of every quad of 16 bytes, the second with the second one
-/// and so on. The quads, `lanes` in all, start `stride` bytes apart.
-inline std::array<FloatVector, 4> loadTransposed(std::uint8_t const* first, int stride) {
-    auto const quads = [=](int i) { return loadQuads(first + i * stride, 4 * stride); };
-    FloatVector const a = quads(0), b = quads(1), c = quads(2), d = quads(3);
+/// Four vectors as the rows of squares of four numbers each; returns their columns.
+inline std::array<FloatVector, 4> transposed(FloatVector a, FloatVector b, FloatVector c, FloatVector d) {
     FloatVector const ab01 = quadsOf<0, 4, 1, 5>(a, b), cd01 = quadsOf<0, 4, 1, 5>(c, d);
     FloatVector const ab23 = quadsOf<2, 6, 3, 7>(a, b), cd23 = quadsOf<2, 6, 3, 7>(c, d);
     return {quadsOf<0, 1, 4, 5>(ab01, cd01), quadsOf<2, 3, 6, 7>(ab01, cd01), //
             quadsOf<0, 1, 4, 5>(ab23, cd23), quadsOf<2, 3, 6, 7>(ab23, cd23)};
 }
 
+/// Four vectors, the first with the first number of every quad of 16 bytes, the second with the second one
+/// and so on. The quads, `lanes` in all, start `stride` bytes apart.
+inline std::array<FloatVector, 4> loadTransposed(std::uint8_t const* first, int stride) {
+    auto const quads = [=](int i) { return loadQuads(first + i * stride, 4 * stride); };
+    return transposed(quads(0), quads(1), quads(2), quads(3));
+}
+
 /// Writes the first `bytes` bytes of the words of each lane, lane by lane.
 template <int bytes, std::size_t count>
 void storeBlocks(std::array<Ints, count> const& words, std::uint8_t* blocks) {
-    if constexpr (bytes == sizeof(std::int32_t)) {
-        std::memcpy(blocks, &words[0], sizeof words[0]);
-        return;
+    if constexpr (count == 1) {
+        std::memcpy(blocks, words.data(), sizeof words);
+    } else if constexpr (count == 4 || lanes == 4) {
+        FloatVector rows[4] = {};
+        std::memcpy(rows, words.data(), sizeof words);
+        auto const quads = transposed(rows[0], rows[1], rows[2], rows[3]);
+        auto const* const quadBytes = reinterpret_cast<std::uint8_t const*>(quads.data());
+        // What is too much of a quad is overwritten by the next one.
+        for (int lane = 0; lane < lanes; ++lane)
+            std::memcpy(blocks + lane * bytes, quadBytes + lane % 4 * sizeof(FloatVector) + lane / 4 * 16,
+                        std::min(16, (lanes - lane) * bytes));
+    } else {
+        // Stores that overlap are slower than small ones when there are many of them at once.
+        std::int32_t numbers[count][lanes];
+        std::memcpy(numbers, words.data(), sizeof numbers);
+        for (int lane = 0; lane < lanes; ++lane)
+            for (std::size_t word = 0; word < count; ++word)
+                std::memcpy(blocks + lane * bytes + 4 * word, &numbers[word][lane],
+                            std::min<std::size_t>(4, bytes - 4 * word));
     }
-    std::int32_t numbers[count][lanes];
-    std::memcpy(numbers, words.data(), sizeof numbers);
-    for (int lane = 0; lane < lanes; ++lane)
-        for (std::size_t word = 0; word < count; ++word)
-            std::memcpy(blocks + lane * bytes + 4 * word, &numbers[word][lane],
-                        std::min<std::size_t>(4, bytes - 4 * word));
 }
 
 /// Has the processor load what will be read soon. The address may lie behind the picture, where a pointer may
