@@ -26,9 +26,6 @@ inline std::int32_t roundedCode(double value) {
     return raised == raised ? static_cast<std::int32_t>(raised) : 0;
 }
 
-/// A normalised value as a code, without any limit.
-inline std::int32_t codeOf(double value, int fullScale) { return roundedCode(value * fullScale); }
-
 /// A normalised value as a sample of a full frame, limited to 0..full scale; NaN passes in float samples and is 0 in
 /// integer ones.
 template <class Depth>

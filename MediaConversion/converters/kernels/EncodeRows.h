@@ -1,9 +1,12 @@
 // Kernels that round values to codes: one block in each lane.
 //
-// A `Format` names the rows and columns of pixels in a block, its bytes, and `errorUnits`, how far its values
-// may be off in single precision (Codes.h), and which depths of samples it limits to their full scale.
-// `Format::encode<Source>(pixels, codes)` gives the block as 32-bit words, the lowest byte first; `pixels`
-// are those of the block, row by row, and `codes` rounds.
+// A `Format` names
+// - the rows and columns of pixels in a block, and its bytes,
+// - `errorUnits`, how far its values may be off in single precision (Codes.h),
+// - `limits`, which depths of samples it limits to their full scale,
+// - `SameDepth`, the depth of samples that are its codes already, or void.
+// `Format::encode(pixels, codes)` gives the block as 32-bit words, the lowest byte first; `pixels` are those
+// of the block, row by row, and `codes` rounds.
 #pragma once
 
 #include <MediaConversion/converters/PixelTypes.h>

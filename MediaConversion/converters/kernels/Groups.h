@@ -38,6 +38,8 @@ inline std::array<FloatVector, 4> loadTransposed(std::uint8_t const* first, int 
     return transposed(quads(0), quads(1), quads(2), quads(3));
 }
 
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "words are written as they lie in memory");
+
 /// Writes the first `bytes` bytes of the words of each lane, lane by lane.
 template <int bytes, std::size_t count>
 void storeBlocks(std::array<Ints, count> const& words, std::uint8_t* blocks) {
