@@ -1,5 +1,6 @@
 // Numbers side by side, as many as the instruction set's vectors hold: one for each of several blocks.
-// Operators work lane by lane; a number that stands beside a vector is the same in all lanes.
+// Operators work lane by lane; a number that stands beside a vector is the same in all lanes. They are no
+// friends defined in their class, to which g++ would not apply the instruction set of the region around it.
 #pragma once
 
 #include <cstdint>
@@ -17,16 +18,16 @@ struct Ints {
     Ints() = default;
     Ints(std::int32_t number) : vector(IntVector{} + number) {}
     explicit Ints(IntVector vector) : vector(vector) {}
-
-    // clang-format off
-    friend Ints operator+(Ints a, Ints b)   { return Ints(a.vector + b.vector); }
-    friend Ints operator&(Ints a, Ints b)   { return Ints(a.vector & b.vector); }
-    friend Ints operator|(Ints a, Ints b)   { return Ints(a.vector | b.vector); }
-    friend Ints operator<<(Ints a, int bits) { return Ints(a.vector << bits); }
-    friend Ints operator>>(Ints a, int bits) { return Ints(a.vector >> bits); }
-    friend Ints min(Ints a, Ints b)         { return Ints(a.vector < b.vector ? a.vector : b.vector); }
-    // clang-format on
 };
+
+// clang-format off
+inline Ints operator+(Ints a, Ints b)   { return Ints(a.vector + b.vector); }
+inline Ints operator&(Ints a, Ints b)   { return Ints(a.vector & b.vector); }
+inline Ints operator|(Ints a, Ints b)   { return Ints(a.vector | b.vector); }
+inline Ints operator<<(Ints a, int bits) { return Ints(a.vector << bits); }
+inline Ints operator>>(Ints a, int bits) { return Ints(a.vector >> bits); }
+inline Ints min(Ints a, Ints b)         { return Ints(a.vector < b.vector ? a.vector : b.vector); }
+// clang-format on
 
 struct Floats {
     FloatVector vector;
@@ -35,23 +36,23 @@ struct Floats {
     Floats(double number) : vector(FloatVector{} + static_cast<float>(number)) {}
     explicit Floats(FloatVector vector) : vector(vector) {}
     explicit Floats(Ints ints) : vector(__builtin_convertvector(ints.vector, FloatVector)) {}
-
-    // clang-format off
-    friend Floats operator+(Floats a, Floats b) { return Floats(a.vector + b.vector); }
-    friend Floats operator-(Floats a, Floats b) { return Floats(a.vector - b.vector); }
-    friend Floats operator*(Floats a, Floats b) { return Floats(a.vector * b.vector); }
-    friend Floats operator/(Floats a, Floats b) { return Floats(a.vector / b.vector); }
-    // clang-format on
-
-    /// Limited to 0..`top`; NaN stays.
-    friend Floats limited(Floats a, Floats top) {
-        FloatVector const zero{}, positive = zero > a.vector ? zero : a.vector;
-        return Floats(top.vector < positive ? top.vector : positive);
-    }
-
-    /// Without the fraction.
-    friend Ints truncated(Floats a) { return Ints(__builtin_convertvector(a.vector, IntVector)); }
 };
+
+// clang-format off
+inline Floats operator+(Floats a, Floats b) { return Floats(a.vector + b.vector); }
+inline Floats operator-(Floats a, Floats b) { return Floats(a.vector - b.vector); }
+inline Floats operator*(Floats a, Floats b) { return Floats(a.vector * b.vector); }
+inline Floats operator/(Floats a, Floats b) { return Floats(a.vector / b.vector); }
+// clang-format on
+
+/// Limited to 0..`top`; NaN stays.
+inline Floats limited(Floats a, Floats top) {
+    FloatVector const zero{}, positive = zero > a.vector ? zero : a.vector;
+    return Floats(top.vector < positive ? top.vector : positive);
+}
+
+/// Without the fraction.
+inline Ints truncated(Floats a) { return Ints(__builtin_convertvector(a.vector, IntVector)); }
 
 /// In two vectors, since doubles are twice as wide.
 struct Doubles {
@@ -67,24 +68,25 @@ struct Doubles {
         low = __builtin_convertvector(halves[0], Half);
         high = __builtin_convertvector(halves[1], Half);
     }
-
-    // clang-format off
-    friend Doubles operator+(Doubles a, Doubles b) { return {a.low + b.low, a.high + b.high}; }
-    friend Doubles operator-(Doubles a, Doubles b) { return {a.low - b.low, a.high - b.high}; }
-    friend Doubles operator*(Doubles a, Doubles b) { return {a.low * b.low, a.high * b.high}; }
-    friend Doubles operator/(Doubles a, Doubles b) { return {a.low / b.low, a.high / b.high}; }
-    // clang-format on
-
-    /// Without the fraction; NaN, which no integer conversion is defined for, gives 0.
-    friend Ints truncated(Doubles a) {
-        using HalfInts = VectorOf<std::int32_t, sizeof(IntVector) / 2>;
-        HalfInts const halves[2] = {__builtin_convertvector(a.low == a.low ? a.low : Half{}, HalfInts),
-                                    __builtin_convertvector(a.high == a.high ? a.high : Half{}, HalfInts)};
-        Ints result;
-        std::memcpy(&result, halves, sizeof result);
-        return result;
-    }
 };
+
+// clang-format off
+inline Doubles operator+(Doubles a, Doubles b) { return {a.low + b.low, a.high + b.high}; }
+inline Doubles operator-(Doubles a, Doubles b) { return {a.low - b.low, a.high - b.high}; }
+inline Doubles operator*(Doubles a, Doubles b) { return {a.low * b.low, a.high * b.high}; }
+inline Doubles operator/(Doubles a, Doubles b) { return {a.low / b.low, a.high / b.high}; }
+// clang-format on
+
+/// Without the fraction; NaN, which no integer conversion is defined for, gives 0.
+inline Ints truncated(Doubles a) {
+    using Half = Doubles::Half;
+    using HalfInts = VectorOf<std::int32_t, sizeof(IntVector) / 2>;
+    HalfInts const halves[2] = {__builtin_convertvector(a.low == a.low ? a.low : Half{}, HalfInts),
+                                __builtin_convertvector(a.high == a.high ? a.high : Half{}, HalfInts)};
+    Ints result;
+    std::memcpy(&result, halves, sizeof result);
+    return result;
+}
 
 } // namespace
 } // namespace MediaConversion
