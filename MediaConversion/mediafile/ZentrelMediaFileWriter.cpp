@@ -32,28 +32,6 @@ const std::map<FrameFormat, std::uint32_t> ZentrelMediaFileWriter::mediaHeaderFo
 
 namespace {
 
-std::string fileHeader(Zentrel::IFrame const& frame) {
-    return ZentrelHeaderStreamBuilder()
-        .magicBytes(ZentrelHeaderStreamBuilder::mediaFileMagic)
-        .frameCount(1)
-        .targetFrameCount(1)
-        .majorVersion(1)
-        .minorVersion(0)
-        .mediaFormat(ZentrelMediaFileWriter::ZentrelMediaHeaderFormatBitMask(frame.format()))
-        .width(static_cast<std::uint16_t>(frame.cols()))
-        .height(static_cast<std::uint16_t>(frame.rows()))
-        .build()
-        .str();
-}
-
-std::string frameHeader(Zentrel::IFrame const& frame) {
-    return ZentrelFrameHeaderStreamBuilder()
-        .width(static_cast<std::uint16_t>(frame.cols()))
-        .height(static_cast<std::uint16_t>(frame.rows()))
-        .build()
-        .str();
-}
-
 cv::Mat matrixOf(Zentrel::IFrame const& frame) {
     auto const* const imageFrame = dynamic_cast<Zentrel::IImageFrame const*>(&frame);
     cv::Mat const matrix = imageFrame ? imageFrame->image() : cv::Mat();
@@ -87,7 +65,8 @@ void writeFrameUnguarded(IFileStreamFactory& factory, std::filesystem::path cons
     if (!stream->is_open())
         throw InternalException("Failed to open file");
 
-    std::string const headers = fileHeader(*frame) + frameHeader(*frame);
+    std::string const headers =
+        ZentrelMediaFileWriter::headers(frame->format(), frame->cols(), frame->rows());
     std::int32_t const pixelBytes = byteCount(matrix);
     if (!matrix.isContinuous())
         matrix = matrix.clone();
@@ -137,6 +116,23 @@ std::uint32_t ZentrelMediaFileWriter::ZentrelMediaHeaderFormatBitMask(FrameForma
     if (found == mediaHeaderFormat.end())
         throw InternalException("Frame writing is not supported for format " + FrameFormat::toString(format));
     return found->second;
+}
+
+std::string ZentrelMediaFileWriter::headers(FrameFormat const& format, int columns, int rows) {
+    auto const width = static_cast<std::uint16_t>(columns);
+    auto const height = static_cast<std::uint16_t>(rows);
+    auto const file = ZentrelHeaderStreamBuilder()
+                          .magicBytes(ZentrelHeaderStreamBuilder::mediaFileMagic)
+                          .frameCount(1)
+                          .targetFrameCount(1)
+                          .majorVersion(1)
+                          .minorVersion(0)
+                          .mediaFormat(ZentrelMediaHeaderFormatBitMask(format))
+                          .width(width)
+                          .height(height)
+                          .build();
+    auto const frame = ZentrelFrameHeaderStreamBuilder().width(width).height(height).build();
+    return file.str() + frame.str();
 }
 
 void ZentrelMediaFileWriter::writeFrame(std::filesystem::path const& path,

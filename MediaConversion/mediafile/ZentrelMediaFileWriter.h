@@ -26,6 +26,10 @@ public:
     /// Throws InternalException for a format that cannot be written.
     static std::uint32_t ZentrelMediaHeaderFormatBitMask(Zentrel::FrameFormat const& format);
 
+    /// The bytes before the pixels: both headers of a file with one picture of this size, stored modulo
+    /// 65536. Throws InternalException for a format that cannot be written.
+    static std::string headers(Zentrel::FrameFormat const& format, int columns, int rows);
+
     /// Writes the whole file, over an existing one. Throws MediaFileAccessException for everything that
     /// fails; what has been written by then stays behind. Width and height are stored modulo 65536.
     void writeFrame(std::filesystem::path const& path, std::unique_ptr<Zentrel::IFrame> frame);

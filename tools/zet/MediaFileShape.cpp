@@ -1,6 +1,5 @@
 #include "MediaFileShape.h"
 
-#include <MediaConversion/mediafile/HeaderStreamBuilders.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 
 #include <fmt/format.h>
@@ -38,24 +37,6 @@ void checkBlocks(const OutputFormat& output, const PixelPacking::Pixels& block, 
         larger.text()));
 }
 
-std::string buildHead(const Zentrel::FrameFormat& format, const PictureSize& size) {
-    const auto width = static_cast<std::uint16_t>(size.width);
-    const auto height = static_cast<std::uint16_t>(size.height);
-    const auto file =
-        MediaConversion::ZentrelHeaderStreamBuilder()
-            .magicBytes(MediaConversion::ZentrelHeaderStreamBuilder::mediaFileMagic)
-            .frameCount(1)
-            .targetFrameCount(1)
-            .majorVersion(1)
-            .minorVersion(0)
-            .mediaFormat(MediaConversion::ZentrelMediaFileWriter::ZentrelMediaHeaderFormatBitMask(format))
-            .width(width)
-            .height(height)
-            .build();
-    const auto frame = MediaConversion::ZentrelFrameHeaderStreamBuilder().width(width).height(height).build();
-    return file.str() + frame.str();
-}
-
 } // namespace
 
 MediaFileShape::MediaFileShape(const OutputFormat& output, const PictureSize& size) : pictureSize(size) {
@@ -63,7 +44,7 @@ MediaFileShape::MediaFileShape(const OutputFormat& output, const PictureSize& si
     const PixelPacking::Pixels block = format.pixelPacking.pixels();
     checkSides(size);
     checkBlocks(output, block, size);
-    headers = buildHead(format, size);
+    headers = MediaConversion::ZentrelMediaFileWriter::headers(format, size.width, size.height);
     const std::uint64_t elements = std::uint64_t{static_cast<std::uint32_t>(size.width)} / block.columns *
                                    (static_cast<std::uint32_t>(size.height) / block.rows);
     length = headers.size() + elements * format.pixelPacking.bytes();
