@@ -1,9 +1,9 @@
 // Media files seen from outside: formats, lengths and heads, and how they come under their names.
+#include <pictures/FormatChoice.h>
+#include <pictures/MediaFileShape.h>
+#include <pictures/OutputFile.h>
 #include <tests/TestSupport.h>
 #include <tools/zet/DecodedFrame.h>
-#include <tools/zet/FormatChoice.h>
-#include <tools/zet/MediaFileShape.h>
-#include <tools/zet/OutputFile.h>
 
 #include <filesystem>
 #include <fstream>

@@ -1,9 +1,10 @@
 // What the tool makes of picture files, and the chart that it draws itself.
+#include <pictures/Picture.h>
+#include <pictures/Transfer.h>
 #include <tests/TestSupport.h>
 #include <tests/tools/TestPictureFile.h>
 #include <tools/zet/Chart.h>
-#include <tools/zet/Picture.h>
-#include <tools/zet/Transfer.h>
+#include <tools/zet/PictureFile.h>
 
 #include <algorithm>
 #include <filesystem>

@@ -1,10 +1,11 @@
 // "zet write --verify" and "--manifest": what is read back of files that were just written.
+#include <pictures/FormatChoice.h>
 #include <tests/TestSupport.h>
 #include <tests/tools/TestPictureFile.h>
 #include <tests/tools/ToolProcess.h>
 #include <tools/zet/Checksum.h>
-#include <tools/zet/FormatChoice.h>
 #include <tools/zet/Manifest.h>
+#include <tools/zet/PictureFile.h>
 #include <tools/zet/ReadBack.h>
 
 #include <chrono>

@@ -2,9 +2,8 @@
 // picture.
 #pragma once
 
-#include "Picture.h"
-
 #include <opencv2/core.hpp>
+#include <pictures/Picture.h>
 
 namespace ZetTool {
 

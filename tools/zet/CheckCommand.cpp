@@ -1,12 +1,12 @@
 #include "CheckCommand.h"
 
-#include "FormatChoice.h"
 #include "FrameRange.h"
 #include "Manifest.h"
 #include "SequenceCheck.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
+#include <pictures/FormatChoice.h>
 
 #include <unistd.h>
 

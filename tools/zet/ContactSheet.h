@@ -1,9 +1,8 @@
 // Small pictures with captions on one large one.
 #pragma once
 
-#include "Picture.h"
-
 #include <opencv2/core/mat.hpp>
+#include <pictures/Picture.h>
 
 #include <string>
 #include <vector>

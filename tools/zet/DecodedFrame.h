@@ -27,9 +27,4 @@ private:
     std::unique_ptr<Zentrel::IImageFrame> frame;
 };
 
-/// Whether files of a media format hold an alpha channel.
-bool holdsAlpha(const Zentrel::FrameFormat& format);
-/// The bits of the format's deepest samples: 8, 10 or 12.
-int bitsOf(const Zentrel::FrameFormat& format);
-
 } // namespace ZetTool

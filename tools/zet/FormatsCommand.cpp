@@ -1,15 +1,14 @@
 #include "FormatsCommand.h"
 
-#include "DecodedFrame.h"
-#include "FormatChoice.h"
-#include "MediaFileShape.h"
-#include "Picture.h"
 #include "Table.h"
 
 #include <MediaConversion/MediaPipeline/Encoder.h>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
+#include <pictures/FormatChoice.h>
+#include <pictures/MediaFileShape.h>
+#include <pictures/Picture.h>
 
 #include <iostream>
 #include <memory>

@@ -1,5 +1,7 @@
 #include "FrameSource.h"
 
+#include "PictureFile.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>

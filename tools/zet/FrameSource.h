@@ -2,8 +2,9 @@
 #pragma once
 
 #include "Chart.h"
-#include "Picture.h"
 #include "SequencePattern.h"
+
+#include <pictures/Picture.h>
 
 #include <map>
 #include <memory>

@@ -1,8 +1,7 @@
 #include "Manifest.h"
 
-#include "OutputFile.h"
-
 #include <fmt/format.h>
+#include <pictures/OutputFile.h>
 
 #include <algorithm>
 #include <charconv>

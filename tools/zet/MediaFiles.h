@@ -1,9 +1,9 @@
 // Media files as they are found: what they say of themselves, or what is wrong with them.
 #pragma once
 
-#include "Picture.h"
-
 #include <MediaConversion/mediafile/ZentrelMediaFileReader.h>
+
+#include <pictures/Picture.h>
 
 #include <filesystem>
 #include <optional>

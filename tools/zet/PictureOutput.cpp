@@ -1,10 +1,9 @@
 #include "PictureOutput.h"
 
-#include "OutputFile.h"
-
 #include <OpenImageIO/imageio.h>
 #include <fmt/format.h>
 #include <opencv2/imgproc.hpp>
+#include <pictures/OutputFile.h>
 
 #include <cmath>
 #include <stdexcept>

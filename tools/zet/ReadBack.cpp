@@ -1,13 +1,10 @@
 #include "ReadBack.h"
 
-#include "DisplayedPicture.h"
-
-#include <MediaConversion/MediaPipeline/Encoder.h>
-#include <MediaConversion/MediaPipeline/FrameSinkDestination.h>
-#include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileReader.h>
 
 #include <fmt/format.h>
+#include <pictures/DisplayedPicture.h>
+#include <pictures/FrameConversion.h>
 
 #include <algorithm>
 #include <stdexcept>
@@ -16,24 +13,7 @@ namespace ZetTool {
 namespace {
 
 using EmbeddedHost::RenderSettings;
-using Zentrel::FullFrameFormat;
-using Zentrel::IFrame;
 using Zentrel::IImageFrame;
-
-std::unique_ptr<IFrame> floatFrame(Picture& picture, const RenderSettings& settings) {
-    return std::make_unique<Zentrel::FullFrame>(
-        FullFrameFormat::BGRA_F32(), displayedPixels(picture, settings), Zentrel::Frame::Origin::TopLeft);
-}
-
-std::unique_ptr<IFrame> convert(std::unique_ptr<IFrame> frame, const Zentrel::FrameFormat& format) {
-    FrameSinkDestination destination;
-    MediaConversion::Encoder encoder(frame->format(), format);
-    encoder.connect(&destination);
-    encoder.start();
-    encoder.encodeFrame(std::move(frame));
-    encoder.stop();
-    return destination.frame();
-}
 
 void requireSame(const IImageFrame& found, const IImageFrame& expected) {
     if (found.format() != expected.format() || found.rows() != expected.rows() ||
@@ -62,8 +42,8 @@ FileSum verifyFile(const std::filesystem::path& file, Picture& picture, const Re
                    const OutputFormat& output) {
     MediaConversion::FileStreamFactory streams;
     const auto found = MediaConversion::ZentrelMediaFileReader(streams).readFrame(file);
-    const auto expected = convert(floatFrame(picture, settings), output.format());
-    requireSame(*found, dynamic_cast<const IImageFrame&>(*expected));
+    const auto expected = convertFrame(displayedFrame(picture, settings), output.format());
+    requireSame(*found, *expected);
     const MemoryAccess& wholeFile = found->rawFrameData().rawData();
     return sumBytes(wholeFile.data(), wholeFile.dataSize());
 }

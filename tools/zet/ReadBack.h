@@ -2,9 +2,9 @@
 #pragma once
 
 #include "Checksum.h"
-#include "Picture.h"
 
 #include <host/EmbeddedHost.h>
+#include <pictures/Picture.h>
 #include <plugin/OutputFormats.h>
 
 #include <filesystem>

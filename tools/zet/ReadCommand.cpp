@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 #include <opencv2/core/utility.hpp>
 #include <opencv2/imgproc.hpp>
+#include <pictures/FormatChoice.h>
 
 #include <algorithm>
 #include <iostream>

@@ -12,6 +12,7 @@
 
 #include <fmt/format.h>
 #include <opencv2/imgproc.hpp>
+#include <pictures/FormatChoice.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "SheetSource.h"
 
-#include "DisplayedPicture.h"
+#include <pictures/DisplayedPicture.h>
 
 namespace ZetTool {
 

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "FrameSource.h"
-#include "Transfer.h"
 
 #include <opencv2/core/mat.hpp>
+#include <pictures/Transfer.h>
 
 #include <memory>
 #include <mutex>

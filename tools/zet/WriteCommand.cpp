@@ -1,6 +1,5 @@
 #include "WriteCommand.h"
 
-#include "DecodedFrame.h"
 #include "FrameRange.h"
 #include "Interruption.h"
 #include "PluginPlace.h"

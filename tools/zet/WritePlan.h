@@ -1,10 +1,11 @@
 // What a run of "zet write" is going to do, settled before it starts.
 #pragma once
 
-#include "FormatChoice.h"
 #include "FrameSource.h"
-#include "MediaFileShape.h"
 #include "SequencePattern.h"
+
+#include <pictures/FormatChoice.h>
+#include <pictures/MediaFileShape.h>
 
 #include <iosfwd>
 #include <memory>

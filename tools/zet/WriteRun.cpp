@@ -1,11 +1,12 @@
 #include "WriteRun.h"
 
-#include "OutputFile.h"
+#include "PictureFile.h"
 #include "ReadBack.h"
 
 #include <fmt/format.h>
 #include <host/EmbeddedHost.h>
 #include <opencv2/core/utility.hpp>
+#include <pictures/OutputFile.h>
 
 #include <algorithm>
 #include <mutex>

@@ -3,8 +3,9 @@
 
 #include "Checksum.h"
 #include "Progress.h"
-#include "Transfer.h"
 #include "WritePlan.h"
+
+#include <pictures/Transfer.h>
 
 #include <atomic>
 #include <map>

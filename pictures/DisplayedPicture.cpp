@@ -1,5 +1,7 @@
 #include "DisplayedPicture.h"
 
+#include <MediaConversion/MediaPipeline/FullFrame.h>
+
 #include <host/TransferCurves.h>
 
 #include <vector>
@@ -50,6 +52,12 @@ cv::Mat displayedPixels(Picture& picture, const RenderSettings& settings) {
         }
     }
     return pixels;
+}
+
+std::unique_ptr<Zentrel::IFrame> displayedFrame(Picture& picture, const RenderSettings& settings) {
+    return std::make_unique<Zentrel::FullFrame>(Zentrel::FullFrameFormat::BGRA_F32(),
+                                                displayedPixels(picture, settings),
+                                                Zentrel::Frame::Origin::TopLeft);
 }
 
 } // namespace ZetTool

@@ -1,10 +1,9 @@
-// Pictures in memory, as a writer's input sees them, and how they come from files.
+// Pictures in memory, as a writer's input sees them.
 #pragma once
 
 #include <host/EmbeddedHost.h>
 
 #include <array>
-#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -62,13 +61,5 @@ private:
     PixelBlock block;
     ChannelPlaces places;
 };
-
-/// Both take the file's first picture; grey becomes equal red, green and blue, and straight alpha stays
-/// straight. They throw std::runtime_error that names the file and the reason.
-PictureHeader readPictureHeader(const std::filesystem::path& file);
-Picture readPicture(const std::filesystem::path& file);
-
-/// The threads that the reading of one picture may use.
-void setPictureThreads(int threads);
 
 } // namespace ZetTool

@@ -1,0 +1,81 @@
+#include "PictureFile.h"
+
+#include <pictures/PictureSpec.h>
+
+#include <algorithm>
+#include <new>
+#include <stdexcept>
+#include <system_error>
+
+namespace ZetTool {
+namespace {
+
+using Input = std::unique_ptr<OIIO::ImageInput>;
+
+[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& reason) {
+    // Readers report one line for each damaged row; the first says it.
+    const std::string line = reason.substr(0, reason.find('\n'));
+    throw std::runtime_error(file.string() + ": " + (line.empty() ? "cannot be read as a picture" : line));
+}
+
+Input openPicture(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto status = std::filesystem::status(file, error);
+    if (status.type() == std::filesystem::file_type::not_found)
+        refuse(file, "does not exist");
+    if (is_directory(status))
+        refuse(file, "is a folder");
+
+    OIIO::ImageSpec keepStraight;
+    keepStraight.attribute("oiio:UnassociatedAlpha", 1);
+    Input input = OIIO::ImageInput::open(file.string(), &keepStraight);
+    if (!input)
+        refuse(file, OIIO::geterror());
+    if (input->spec().deep)
+        refuse(file, "deep pictures are not supported; flatten it first");
+    return input;
+}
+
+/// The smallest run of channels that holds all of these, as begin and end.
+std::pair<int, int> channelRun(const Picture::ChannelPlaces& places) {
+    const bool hasAlpha = places.back() >= 0;
+    const auto [first, last] =
+        std::minmax_element(places.begin(), hasAlpha ? places.end() : places.end() - 1);
+    return {*first, *last + 1};
+}
+
+} // namespace
+
+PictureHeader readPictureHeader(const std::filesystem::path& file) {
+    return describe(openPicture(file)->spec());
+}
+
+Picture readPicture(const std::filesystem::path& file) {
+    const Input input = openPicture(file);
+    const OIIO::ImageSpec& spec = input->spec();
+    // Of a picture with many layers, only the run of channels that holds ours is read.
+    Picture::ChannelPlaces places = findChannels(spec);
+    const auto [begin, end] = channelRun(places);
+    for (int& place : places)
+        place -= begin;
+
+    PixelBlock block{
+        spec.x - spec.full_x, spec.y - spec.full_y, {spec.width, spec.height}, end - begin, nullptr};
+    try {
+        block.samples.reset(new float[spec.image_pixels() * static_cast<std::size_t>(block.channels)]);
+    } catch (const std::bad_alloc&) {
+        refuse(file, "not enough memory for " + block.size.text() + " pixels");
+    }
+    const bool complete = input->read_image(0, 0, begin, end, OIIO::TypeFloat, block.samples.get());
+    // Some readers fill up what a cut-off file lacks, and say so only here.
+    if (!complete || input->has_error())
+        refuse(file, input->geterror());
+    return Picture(describe(spec), std::move(block), places);
+}
+
+void setPictureThreads(int threads) {
+    OIIO::attribute("threads", threads);
+    OIIO::attribute("exr_threads", threads > 1 ? threads : -1); // -1: decode on the calling thread
+}
+
+} // namespace ZetTool
