@@ -6,7 +6,7 @@ set -euo pipefail
 # OpenImageIO's programs are needed as well.
 build=(g++ cmake ninja-build libopencv-dev libopenimageio-dev openimageio-tools libcli11-dev libfmt-dev
     nlohmann-json3-dev libxxhash-dev)
-test=(libgtest-dev libgmock-dev libsquish-dev)
+test=(libgtest-dev libgmock-dev libsquish-dev python3-openimageio python3-numpy)
 bench=(libbenchmark-dev)
 
 wanted=()

@@ -1,5 +1,6 @@
 #include "PictureFile.h"
 
+#include <oiio/ImageFormat.h>
 #include <pictures/PictureSpec.h>
 
 #include <algorithm>
@@ -26,6 +27,7 @@ Input openPicture(const std::filesystem::path& file) {
     if (is_directory(status))
         refuse(file, "is a folder");
 
+    ZetImageIo::declareInput();
     OIIO::ImageSpec keepStraight;
     keepStraight.attribute("oiio:UnassociatedAlpha", 1);
     Input input = OIIO::ImageInput::open(file.string(), &keepStraight);

@@ -72,7 +72,8 @@ OIIO::TypeDesc sampleType(const std::string& fileType, int bits) {
 
 PictureFileType::PictureFileType(const fs::path& file) {
     const Output output = OIIO::ImageOutput::create(file.string());
-    if (!output) {
+    // Ours are not for pictures to be shown, even where OpenImageIO finds its plug-in for them.
+    if (!output || output->format_name() == std::string_view("zet")) {
         OIIO::geterror(); // at length, of plug-ins and paths that are looked for
         throw std::runtime_error(fmt::format(
             "unknown extension \"{}\" of picture \"{}\": expected .png, .tif, .exr, .dpx, .jpg or "

@@ -1,0 +1,112 @@
+#include "MediaFileInput.h"
+
+#include "Guarded.h"
+#include "ImageFormat.h"
+#include "IoProxyStream.h"
+
+#include <MediaConversion/mediafile/HeaderStreamBuilders.h>
+#include <pictures/FormatChoice.h>
+#include <pictures/FrameConversion.h>
+
+#include <opencv2/imgproc.hpp>
+
+#include <array>
+#include <cstring>
+#include <fstream>
+#include <mutex>
+
+namespace ZetImageIo {
+namespace {
+
+using Zentrel::FrameFormat;
+using Zentrel::FullFrameFormat;
+using Zentrel::IImageFrame;
+
+/// What the library decodes a format of media files to.
+FrameFormat decodedFormat(const FrameFormat& format) {
+    const bool alpha = ZetTool::holdsAlpha(format);
+    if (ZetTool::bitsOf(format) == 8)
+        return alpha ? FullFrameFormat::RGBA_U8() : FullFrameFormat::RGB_U8();
+    return alpha ? FullFrameFormat::BGRA_F32() : FullFrameFormat::RGB_U16();
+}
+
+OIIO::TypeDesc sampleType(const FrameFormat& decoded) {
+    switch (decoded.channelType) {
+    case Zentrel::ChannelType::U8:
+        return OIIO::TypeUInt8;
+    case Zentrel::ChannelType::U16:
+        return OIIO::TypeUInt16;
+    default:
+        return OIIO::TypeFloat;
+    }
+}
+
+std::unique_ptr<IImageFrame> decode(std::unique_ptr<IImageFrame> frame) {
+    auto decoded = ZetTool::convertFrame(std::move(frame), decodedFormat(frame->format()));
+    if (decoded->format() == FullFrameFormat::BGRA_F32()) {
+        cv::Mat matrix = decoded->image();
+        cv::cvtColor(matrix, matrix, cv::COLOR_BGRA2RGBA);
+    }
+    return decoded;
+}
+
+} // namespace
+
+const char* MediaFileInput::format_name() const { return formatName; }
+
+int MediaFileInput::supports(OIIO::string_view feature) const { return feature == "ioproxy"; }
+
+bool MediaFileInput::valid_file(const std::string& name) const {
+    constexpr auto magic = MediaConversion::ZentrelHeaderStreamBuilder::mediaFileMagic;
+    std::array<char, magic.size()> start{};
+    std::ifstream(name, std::ios::binary).read(start.data(), start.size());
+    return std::memcmp(start.data(), magic.data(), magic.size()) == 0;
+}
+
+bool MediaFileInput::open(const std::string& name, OIIO::ImageSpec& spec, const OIIO::ImageSpec& hints) {
+    ioproxy_retrieve_from_config(hints);
+    colourSpace = hints.get_string_attribute("oiio:ColorSpace", colourSpace);
+    return open(name, spec);
+}
+
+bool MediaFileInput::open(const std::string& name, OIIO::ImageSpec& spec) {
+    return guarded(*this, [&] {
+        StreamFactory streams(ioproxy());
+        m_spec = specOf(MediaConversion::ZentrelMediaFileReader(streams).readInfo(name));
+        file = name;
+        pixels.reset();
+        spec = m_spec;
+    });
+}
+
+OIIO::ImageSpec MediaFileInput::specOf(const MediaConversion::ZentrelMediaFileInfo& info) const {
+    const FrameFormat& format = info.format;
+    OIIO::ImageSpec spec(info.width, info.height, ZetTool::holdsAlpha(format) ? 4 : 3,
+                         sampleType(decodedFormat(format)));
+    spec.attribute("oiio:ColorSpace", colourSpace);
+    spec.attribute("oiio:BitsPerSample", ZetTool::bitsOf(format));
+    spec.attribute("zet:format", ZetTool::closestOutputFormat(format).shortName);
+    spec.attribute("zet:pixelFormat", FrameFormat::toString(format));
+    return spec;
+}
+
+bool MediaFileInput::close() {
+    pixels.reset();
+    ioproxy_clear();
+    return true;
+}
+
+bool MediaFileInput::read_native_scanline(int subimage, int miplevel, int y, int z, void* data) {
+    const lock_guard lock(*this);
+    if (!seek_subimage(subimage, miplevel) || z != m_spec.z || y < m_spec.y || y >= m_spec.y + m_spec.height)
+        return false;
+    return guarded(*this, [&] {
+        if (!pixels) {
+            StreamFactory streams(ioproxy());
+            pixels = decode(MediaConversion::ZentrelMediaFileReader(streams).readFrame(file));
+        }
+        std::memcpy(data, pixels->image().ptr(y - m_spec.y), m_spec.scanline_bytes(true));
+    });
+}
+
+} // namespace ZetImageIo

@@ -1,0 +1,97 @@
+// What oiiotool makes of media files with nothing but OIIO_LIBRARY_PATH set.
+#include <plugin/OutputFormats.h>
+#include <tests/TestSupport.h>
+#include <tests/tools/TestPictureFile.h>
+#include <tests/tools/ToolProcess.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+using namespace testing;
+using namespace TestSupport;
+
+namespace {
+
+class OiioTool : public Test {
+protected:
+    OiioTool() {
+        // Light beyond white, straight alpha, and a file that holds less than the picture.
+        auto spec = pictureSpec(24, 12, {"R", "G", "B", "A"}, OIIO::TypeHalf);
+        spec.attribute("oiio:ColorSpace", "Linear");
+        std::tie(spec.x, spec.y, spec.full_width, spec.full_height) = std::tuple(4, 2, 32, 16);
+        writePictureFile(folder / "p.exr", spec, [](int x, int y, int channel) {
+            return channel == 3 ? float(y) / 11 : float(x * (channel + 1) - y) / 20;
+        });
+    }
+
+    ProcessResult run(std::vector<std::string> arguments) const {
+        return Process(arguments, folder.path()).wait();
+    }
+    ProcessResult oiiotool(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), {"env", "OIIO_LIBRARY_PATH=" ZET_IMAGE_IO_FOLDER, "oiiotool"});
+        return run(arguments);
+    }
+
+    const TemporaryFolder folder;
+};
+
+TEST_F(OiioTool, WritesTheBytesOfTheTool) {
+    std::vector<std::pair<std::string, std::string>> choices{{"7", "rec709"}, {"8-bit RGB 4:4:4", "none"}};
+    for (const OutputFormat& output : outputFormats)
+        choices.emplace_back(output.shortName, "auto");
+    for (const auto& [format, transfer] : choices) {
+        const auto byOiio = oiiotool({"p.exr", "--attrib", "zet:format", format, "--attrib", "zet:transfer",
+                                      transfer, "-o", "oiio.zet"});
+        const auto byTool = run({ZET_PROGRAM, "write", "p.exr", "-o", "tool.zet", "--format", format,
+                                 "--transfer", transfer, "-q"});
+        EXPECT_EQ(byOiio.exitCode + byTool.exitCode, 0) << format << byOiio.errors << byTool.errors;
+        EXPECT_EQ(bytesOf(folder / "oiio.zet"), bytesOf(folder / "tool.zet")) << format << " " << transfer;
+    }
+}
+
+TEST_F(OiioTool, TellsWhatIsInAFileAndTakesItBack) {
+    for (const char* format : {"rgba8", "4224"}) {
+        ASSERT_EQ(oiiotool({"p.exr", "--attrib", "zet:format", format, "-o", "a.zet"}).exitCode, 0);
+        const auto info = oiiotool({"--info", "-v", "a.zet"});
+        for (const std::string line : {"32 x   16, 4 channel", "R, G, B, A", "oiio:ColorSpace: \"sRGB\""})
+            EXPECT_THAT(info.output, HasSubstr(line));
+        EXPECT_THAT(info.output, ContainsRegex("zet:format: (\")?" + std::string(format)));
+        // The attribute has the copy written in the same format.
+        const auto again = oiiotool({"a.zet", "-o", "b.9zt", "-o", "c.tif"});
+        EXPECT_EQ(again.exitCode, 0) << again.errors;
+        EXPECT_EQ(oiiotool({"a.zet", "c.tif", "--diff"}).exitCode, 0) << format;
+    }
+}
+
+TEST_F(OiioTool, FailsWithTheReadersWords) {
+    ASSERT_EQ(oiiotool({"p.exr", "--attrib", "zet:format", "rgb8", "-o", "a.zet"}).exitCode, 0);
+    const auto whole = bytesOf(folder / "a.zet");
+    const auto readDamaged = [&](std::size_t length, std::size_t flipped) {
+        auto bytes = whole;
+        bytes.at(flipped) ^= 0x10;
+        bytes.resize(length);
+        std::ofstream(folder / "b.zet", std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(length));
+        return oiiotool({"b.zet", "-o", "b.png"});
+    };
+    for (const auto& [length, flipped, words] :
+         std::vector<std::tuple<std::size_t, std::size_t, std::string>>{
+             {whole.size(), 0, "Magic at offset 0 is 29 7A 74 20"},
+             {whole.size(), 12, "Frame width at offset 20 is 32, expected 48"},
+             {whole.size() - 1, 28, "is 1 byte too short"},
+             {3, 0, "File of 3 bytes is too short for its headers"}}) {
+        const auto result = readDamaged(length, flipped);
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_THAT(result.errors, HasSubstr(words));
+        EXPECT_FALSE(std::filesystem::exists(folder / "b.png"));
+    }
+    EXPECT_EQ(readDamaged(whole.size(), 28).exitCode, 0) << "a pixel is no fault";
+
+    const auto noFolder = oiiotool({"a.zet", "-o", "none/a.zet"});
+    EXPECT_EQ(noFolder.exitCode, 1);
+    EXPECT_THAT(noFolder.errors, ContainsRegex("none/a.*zet: Failed to open file"));
+}
+
+} // namespace
