@@ -5,83 +5,21 @@
 #include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 
 #include <tests/MediaConversion/converters/ConverterValidator.h>
-
-#include <sstream>
+#include <tests/MediaConversion/mediafile/MemoryFile.h>
 
 #include <sys/stat.h>
 
 using namespace MediaConversion;
 using namespace Zentrel;
 using namespace testing;
+using TestSupport::Fault;
+using TestSupport::MemoryFile;
 using TestSupport::TemporaryFolder;
 using F = FullFrameFormat;
 using P = PackedFrameFormat;
 using Bytes = std::vector<std::uint8_t>;
 
 namespace {
-
-// ---- Files in memory ----
-
-/// What the n-th operation of a stream does instead of its work.
-struct Fault {
-    enum Kind { Fails, ReadsLess, Throws } kind = Fails;
-    int operation = -1;
-};
-
-class MemoryStream final : public IFileStream {
-public:
-    MemoryStream(Bytes const& bytes, Fault fault)
-        : stream(std::string(bytes.begin(), bytes.end())), fault(fault) {}
-
-    void clear() override { stream.clear(); }
-    bool fail() const override { return stream.fail(); }
-    bool good() const override { return stream.good(); }
-    bool eof() const override { return stream.eof(); }
-    std::streamsize gcount() const override { return stream.gcount(); }
-    void read(char* data, std::streamsize count) override {
-        bool const less = countOperation() && fault.kind == Fault::ReadsLess;
-        stream.read(data, less ? count / 2 : count);
-    }
-    void write(const char*, std::streamsize) override { ADD_FAILURE() << "writes"; }
-    void seekg(std::streampos position) override { seekg(position, std::ios_base::beg); }
-    void seekg(std::streamoff offset, std::ios_base::seekdir direction) override {
-        countOperation();
-        stream.seekg(offset, direction);
-    }
-    std::streampos tellg() override {
-        countOperation();
-        return stream.tellg();
-    }
-    void open(const char*, std::ios_base::openmode) override { countOperation(); }
-    void open(std::string const&, std::ios_base::openmode mode) override { open("", mode); }
-    void open(std::filesystem::path const&, std::ios_base::openmode mode) override { open("", mode); }
-    bool is_open() const override { return good(); }
-    void close() override {}
-
-private:
-    /// Whether this is the operation with the fault.
-    bool countOperation() {
-        bool const now = operations++ == fault.operation;
-        if (now && fault.kind == Fault::Throws)
-            throw std::ios_base::failure("the cable is out");
-        if (now && fault.kind == Fault::Fails)
-            stream.setstate(std::ios_base::failbit);
-        return now;
-    }
-
-    std::stringstream stream;
-    Fault fault;
-    int operations = 0;
-};
-
-struct MemoryFile final : IFileStreamFactory {
-    explicit MemoryFile(Bytes content, Fault streamFault = {})
-        : bytes(std::move(content)), fault(streamFault) {}
-    std::unique_ptr<IFileStream> create() override { return std::make_unique<MemoryStream>(bytes, fault); }
-
-    Bytes bytes;
-    Fault fault;
-};
 
 /// A file whose pixel bytes count up from 1.
 Bytes fileOf(FrameFormat const& format, std::uint16_t width, std::uint16_t height, std::size_t pixelBytes,
@@ -325,7 +263,7 @@ TEST(MediaFileReader, ReportsEveryFaultOfTheStream) {
         EXPECT_THAT(messageWith({Fault::Throws, operation}), HasSubstr("the cable is out"));
     }
     for (int const read : {4, 6})
-        EXPECT_EQ(messageWith({Fault::ReadsLess, read}), "Failed to read file, got 22 of 44 bytes");
+        EXPECT_EQ(messageWith({Fault::MovesLess, read}), "Failed to read file, got 22 of 44 bytes");
     MemoryFile untouched(smallFile(), {Fault::Throws, operations});
     EXPECT_EQ(refusalOf(untouched), "") << "there is an operation that was not tried";
 }

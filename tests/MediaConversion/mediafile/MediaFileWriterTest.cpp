@@ -3,6 +3,7 @@
 #include <MediaConversion/mediafile/HeaderStreamBuilders.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 
+#include <tests/MediaConversion/mediafile/MemoryFile.h>
 #include <tests/TestSupport.h>
 
 #include <opencv2/core.hpp>
@@ -10,6 +11,8 @@
 using namespace MediaConversion;
 using namespace Zentrel;
 using TestSupport::bytesOf;
+using TestSupport::Fault;
+using TestSupport::MemoryFile;
 using TestSupport::messageOf;
 using TestSupport::TemporaryFolder;
 using F = FullFrameFormat;
@@ -152,17 +155,39 @@ TEST(MediaFileWriter, RefusesWhatItCannotWrite) {
         }
 }
 
-TEST(MediaFileWriter, NoticesWhatTheSystemRefuses) {
-    TemporaryFolder const folder;
-    FileStreamFactory files;
-    auto const write = [&](std::filesystem::path const& path, int rows) {
-        return messageOf<MediaFileAccessException>([&] {
-            ZentrelMediaFileWriter(files).writeFrame(path, FullFrame::create(F::RGB_U8(), rows, 100));
-        });
+TEST(MediaFileWriter, ReportsEveryFaultOfTheStream) {
+    MemoryFile file;
+    auto const write = [&] {
+        ZentrelMediaFileWriter(file).writeFrame("some/where.zet", countingFrame(F::RGB_U8()));
     };
-    EXPECT_EQ(write(folder / "missing/frame.zet", 1), "Failed to open file");
-    EXPECT_EQ(write("/dev/full", 1), "Failed to write file"); // lost only when the stream is closed
-    EXPECT_EQ(write("/dev/full", 1000), "Failed to write file");
+    write();
+    auto const whole = file.bytes;
+    auto const operations = file.operations;
+    ASSERT_EQ(whole.size(), 28u + 96u);
+    ASSERT_EQ(operations.front(), "open");
+    ASSERT_EQ(operations.back(), "close");
+
+    for (int position = 0; position < static_cast<int>(operations.size()); ++position)
+        for (auto const kind : {Fault::Fails, Fault::Throws, Fault::MovesLess, Fault::LosesUnseen}) {
+            std::string const& operation = operations[static_cast<std::size_t>(position)];
+            if (kind >= Fault::MovesLess && operation != "write")
+                continue;
+            SCOPED_TRACE(operation + ", number " + std::to_string(position));
+            file.fault = {kind, position};
+            try {
+                write();
+                ADD_FAILURE() << "fault " << kind << " went unnoticed";
+            } catch (MediaFileAccessException const& exception) {
+                EXPECT_EQ(exception.filePath(), "some/where.zet");
+                EXPECT_THAT(exception.what(),
+                            testing::HasSubstr(kind == Fault::Throws ? "the cable is out"
+                                               : operation == "open" ? "Failed to open file"
+                                                                     : "Failed to write file"));
+            }
+            file.fault = {};
+            write(); // and nothing of the fault is left behind
+            EXPECT_EQ(file.bytes, whole);
+        }
 }
 
 } // namespace
