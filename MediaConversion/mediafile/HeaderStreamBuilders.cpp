@@ -4,11 +4,16 @@ namespace MediaConversion {
 
 namespace {
 
-/// Appends the value's bytes, the least significant first.
+/// Appends the value's bytes, the least significant first. To a string, which throws when memory runs out: a
+/// stream would go on without the byte.
 template <class Unsigned>
-void put(std::ostream& stream, Unsigned value) {
+void put(std::string& bytes, Unsigned value) {
     for (unsigned shift = 0; shift < 8 * sizeof(value); shift += 8)
-        stream.put(static_cast<char>((value >> shift) & 0xFF));
+        bytes += static_cast<char>((value >> shift) & 0xFF);
+}
+
+std::stringstream streamOf(std::string const& bytes) {
+    return std::stringstream(bytes, std::ios_base::in | std::ios_base::out | std::ios_base::ate);
 }
 
 constexpr std::uint16_t reserved = 0;
@@ -34,22 +39,22 @@ Frame& Frame::height(std::uint16_t value)        { m_height = value;           r
 // clang-format on
 
 std::stringstream File::build() const {
-    std::stringstream stream;
+    std::string bytes;
     for (std::uint8_t const byte : m_magicBytes)
-        put(stream, byte);
-    put(stream, m_frameCount);
-    put(stream, m_targetFrameCount);
-    put(stream, m_majorVersion);
-    put(stream, m_minorVersion);
-    put(stream, m_mediaFormat);
-    put(stream, m_width);
-    put(stream, reserved);
-    put(stream, m_height);
-    put(stream, reserved);
+        put(bytes, byte);
+    put(bytes, m_frameCount);
+    put(bytes, m_targetFrameCount);
+    put(bytes, m_majorVersion);
+    put(bytes, m_minorVersion);
+    put(bytes, m_mediaFormat);
+    put(bytes, m_width);
+    put(bytes, reserved);
+    put(bytes, m_height);
+    put(bytes, reserved);
     if (m_majorVersion >= 2)
         for (int i = 0; i < 10; ++i)
-            put(stream, reserved);
-    return stream;
+            put(bytes, reserved);
+    return streamOf(bytes);
 }
 
 std::stringstream File::modelYuv4kMediaHeader() {
@@ -66,12 +71,12 @@ std::stringstream File::modelYuv4kMediaHeader() {
 }
 
 std::stringstream Frame::build() const {
-    std::stringstream stream;
-    put(stream, m_width);
-    put(stream, m_flags);
-    put(stream, m_height);
-    put(stream, reserved);
-    return stream;
+    std::string bytes;
+    put(bytes, m_width);
+    put(bytes, m_flags);
+    put(bytes, m_height);
+    put(bytes, reserved);
+    return streamOf(bytes);
 }
 
 } // namespace MediaConversion
