@@ -2,6 +2,8 @@
 
 #include <opencv2/core.hpp>
 
+#include <stdexcept>
+
 namespace Zentrel {
 
 namespace {
@@ -43,8 +45,13 @@ std::uint8_t* OpenCvMatAllocator::acquire(std::uint64_t size) const {
     if (!resource)
         return nullptr;
 
-    std::lock_guard const lock(buffers->mutex);
-    buffers->resources[resource->buffer()] = resource;
+    try {
+        std::lock_guard const lock(buffers->mutex);
+        buffers->resources[resource->buffer()] = resource;
+    } catch (...) { // there was no memory for the record
+        pool->release(resource);
+        throw;
+    }
     return resource->buffer();
 }
 
@@ -61,6 +68,8 @@ cv::UMatData* OpenCvMatAllocator::allocate(int dims, const int* sizes, int type,
     auto keepAlive = std::make_unique<KeepAlive>(weak_from_this().lock());
     auto result = std::make_unique<cv::UMatData>(this);
     result->data = result->origdata = data ? static_cast<std::uint8_t*>(data) : acquire(total);
+    if (!result->data) // OpenCV would take it for memory
+        throw std::runtime_error("Could not acquire memory resource of size " + std::to_string(total));
     result->size = total;
     if (data)
         result->flags |= cv::UMatData::USER_ALLOCATED;
