@@ -76,6 +76,11 @@ private:
         return *frame;
     }
 
+    struct Released {
+        Frame*& frame;
+        ~Released() { frame = nullptr; }
+    };
+
     Frame* frame = nullptr; // set while the writer executes
 };
 
@@ -101,6 +106,7 @@ RenderResult WriteNode::Node::render(PictureSource& source, const std::filesyste
     try {
         Frame inHand{PictureInput(source), file.string(), settings};
         frame = &inHand;
+        const Released afterwards{frame};
         writer->execute();
     } catch (const PictureFailure& failure) {
         escaped.push_back(failure.message);
@@ -109,7 +115,6 @@ RenderResult WriteNode::Node::render(PictureSource& source, const std::filesyste
     } catch (...) {
         escaped.push_back("The writer failed with an exception of an unknown type");
     }
-    frame = nullptr;
 
     auto [errors, warnings, progress] = takeReports();
     errors.insert(errors.end(), escaped.begin(), escaped.end());
