@@ -1,0 +1,160 @@
+// What the system refuses - full and read-only disks, names that cannot be, folders that vanish - as library,
+// plug-in and tool report it.
+#include <MediaConversion/MediaPipeline/FullFrame.h>
+#include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
+#include <host/EmbeddedHost.h>
+#include <tests/TestSupport.h>
+#include <tests/host/TestPicture.h>
+#include <tests/tools/ToolProcess.h>
+
+#include <fmt/format.h>
+
+#include <chrono>
+#include <set>
+#include <thread>
+
+#include <sys/mount.h>
+
+namespace fs = std::filesystem;
+using namespace testing;
+using namespace TestSupport;
+
+namespace {
+
+constexpr int side = 64;
+constexpr std::uintmax_t fileBytes = 28 + side * side * 3;
+
+/// A small disk, mounted on a folder of its own for as long as this lives.
+class SmallDisk {
+public:
+    SmallDisk(fs::path where, unsigned long flags, const char* options) : folder(std::move(where)) {
+        fs::create_directory(folder);
+        mounted = ::mount("none", folder.c_str(), "tmpfs", flags, options) == 0;
+    }
+    ~SmallDisk() {
+        if (mounted)
+            ::umount2(folder.c_str(), MNT_DETACH);
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+    explicit operator bool() const { return mounted; }
+
+private:
+    fs::path folder;
+    bool mounted;
+};
+
+class SystemFaultTest : public Test {
+protected:
+    static void SetUpTestSuite() { EmbeddedHost::loadPlugin(ZET_PLUGIN_FILE); }
+    void SetUp() override {
+        std::ofstream(folder / "file");
+        fs::create_directory(folder / "out");
+        fs::create_directory(folder / "folder1.zet");
+    }
+
+    void expectRefused(const fs::path& file, const char* message) {
+        SCOPED_TRACE(file);
+        MediaConversion::FileStreamFactory files;
+        try {
+            MediaConversion::ZentrelMediaFileWriter(files).writeFrame(
+                file, Zentrel::FullFrame::create(Zentrel::FullFrameFormat::RGB_U8(), side, side));
+            ADD_FAILURE() << "the library noticed nothing";
+        } catch (const MediaConversion::MediaFileAccessException& exception) {
+            EXPECT_EQ(exception.filePath(), file.string());
+            EXPECT_STREQ(exception.what(), message);
+        }
+        TestPicture picture(side, side, false, [](auto...) { return 0.5f; });
+        EmbeddedHost::WriteNode node("zet");
+        node.setMenu("Output format", "8-bit RGB 4:4:4");
+        EXPECT_THAT(node.render(picture, file).criticalErrors, ElementsAre(message));
+    }
+
+    std::vector<std::string> writing(const std::string& frames, const std::string& output) const {
+        return {ZET_PROGRAM, "write", "--chart", fmt::format("{0}x{0}", side),
+                "--frames",  frames,  "-j",      "1",
+                "-f",        "rgb8",  "-o",      output};
+    }
+    ProcessResult write(const std::string& output) const {
+        return Process(writing("1-3", output), folder.path()).wait();
+    }
+    /// All that is in the folder, hidden files included.
+    std::set<std::string> namesIn(const char* name) const {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(folder / name))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
+
+    const TemporaryFolder folder;
+    const std::string longName = std::string(252, 'n') + "%d.zet"; // two characters too long
+};
+
+TEST_F(SystemFaultTest, LibraryAndPlugInReportIt) {
+    expectRefused(folder / "gone/f.zet", "Failed to open file");
+    expectRefused(folder / "file/f.zet", "Failed to open file");
+    expectRefused(folder / "folder1.zet", "Failed to open file");
+    expectRefused(folder / longName, "Failed to open file");
+    expectRefused("/dev/full", "Failed to write file");
+}
+
+TEST_F(SystemFaultTest, TheToolNamesFolderOrFramesAndLeavesNothingBehind) {
+    for (const auto& [output, exitCode, message] : std::vector<std::tuple<std::string, int, const char*>>{
+             {"gone/%d.zet", 2, "\"gone\" does not exist"},
+             {"file/%d.zet", 2, "\"file\" is a file"},
+             {"folder%d.zet", 2, "\"folder1.zet\" is a folder"},
+             {"out/" + longName, 1, "3 of 3 frames failed: 1-3"},
+         }) {
+        const ProcessResult result = write(output);
+        EXPECT_EQ(result.exitCode, exitCode) << output;
+        EXPECT_THAT(result.errors, HasSubstr(message));
+        EXPECT_THAT(namesIn("out"), IsEmpty());
+    }
+    EXPECT_EQ(write("out/\xff\xfe%d.zet").exitCode, 0) << "a name is bytes, in whatever encoding";
+    EXPECT_EQ(namesIn("out").count("\xff\xfe"
+                                   "3.zet"),
+              1u);
+}
+
+TEST_F(SystemFaultTest, AFullDiskIsNoticed) {
+    const SmallDisk disk(folder / "disk", 0, "size=32k"); // room for two files and four bytes
+    if (!disk)
+        GTEST_SKIP() << "only root may mount a small disk";
+    const ProcessResult result = write("disk/%d.zet");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.errors, AllOf(HasSubstr("frame 3: disk/3.zet: Failed to write file; the disk is full"),
+                                     HasSubstr("1 of 3 frames failed: 3\n")));
+    EXPECT_THAT(namesIn("disk"), ElementsAre("1.zet", "2.zet"));
+    for (const char* name : {"disk/1.zet", "disk/2.zet"})
+        EXPECT_EQ(fs::file_size(folder / name), fileBytes);
+    expectRefused(folder / "disk/3.zet", "Failed to write file");
+}
+
+TEST_F(SystemFaultTest, AReadOnlyDiskIsNoticed) {
+    const SmallDisk disk(folder / "disk", MS_RDONLY, nullptr);
+    if (!disk)
+        GTEST_SKIP() << "only root may mount a small disk";
+    expectRefused(folder / "disk/f.zet", "Failed to open file");
+    const ProcessResult result = write("disk/%d.zet");
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.errors, HasSubstr("\"disk\": Read-only file system"));
+}
+
+TEST_F(SystemFaultTest, AFolderThatVanishesDuringTheRunCostsOnlyItsFrames) {
+    Process process(writing("1-3000", "out/%d.zet"), folder.path());
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (!fs::exists(folder / "out/5.zet")) {
+        ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    fs::rename(folder / "out", folder / "away"); // at once, however many files there are
+    const ProcessResult result = process.wait();
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.errors,
+                AllOf(HasSubstr("frame 3000: out/3000.zet: Failed to open file"), HasSubstr("-3000\n")));
+    for (const std::string& name : namesIn("away"))
+        EXPECT_TRUE(name.front() == '.' || fs::file_size(folder / "away" / name) == fileBytes) << name;
+}
+
+} // namespace
