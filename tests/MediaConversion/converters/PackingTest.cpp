@@ -1,125 +1,16 @@
 #include <MediaConversion/converters/ImageToFullFrame.h>
 #include <MediaConversion/converters/ImageToPackedFrame.h>
 
-#include <tests/MediaConversion/converters/ConverterValidator.h>
+#include <tests/MediaConversion/converters/PackingReference.h>
 
 #include <OpenImageIO/imageio.h>
 
 using namespace MediaConversion;
 using namespace Zentrel;
 using namespace TestSupport;
-using F = FullFrameFormat;
-using P = PackedFrameFormat;
-using T = ChannelType;
+using namespace TestSupport::Packing;
 
 namespace {
-
-/// What the tests know of a layout: where bit `bit` of each sample of a block lies, in bits from the lowest
-/// one of the first byte upwards, the samples counted pixel by pixel.
-struct Layout {
-    FrameFormat rgb, bgr;
-    int bits, pixels;
-    int (*position)(int sample, int bit);
-    FormatPairs encodings, decodings;
-};
-
-Layout layoutOf(FrameFormat const& rgb, FrameFormat const& bgr, int bits, int pixels,
-                int (*position)(int sample, int bit), std::vector<FrameFormat> const& ofSameDepth,
-                std::vector<FrameFormat> const& decodedToo) {
-    std::vector<FrameFormat> const alsoDecodedTo{F::RGB_U8(),       F::BGR_U8(),   F::BGRA_U8(),
-                                                 F::BGRA_U16(),     F::BGRA_F32(), F::ARGB_U8(),
-                                                 F::ARGB_U15plus1()};
-    std::vector<FrameFormat> const encodedOnly{F::RGB_F32(), F::BGR_U16(), F::BGR_F32()};
-    std::vector<FrameFormat> const both{rgb, bgr};
-    return {rgb,
-            bgr,
-            bits,
-            pixels,
-            position,
-            pairsOf({{alsoDecodedTo, both}, {encodedOnly, both}, {ofSameDepth, both}}),
-            pairsOf({{both, alsoDecodedTo}, {both, decodedToo}, {both, ofSameDepth}})};
-}
-
-std::vector<Layout> const& layouts() {
-    static std::vector<Layout> const instance{
-        layoutOf(P::RGB_DPX_FILLED_U10(), P::BGR_DPX_FILLED_U10(), 10, 1,
-                 [](int sample, int bit) { return 22 - 10 * sample + bit; }, {F::RGB_U10(), F::BGR_U10()},
-                 {F::RGB_U16(), F::RGBA_U8()}),
-        layoutOf(P::RGB_DPX_PACKED_U12(), P::BGR_DPX_PACKED_U12(), 12, 2,
-                 [](int sample, int bit) { return 12 * sample + bit; }, {F::RGB_U12(), F::BGR_U12()},
-                 {F::RGBA_U8()}),
-        layoutOf(P::RGB_SMPTE_2110_U12(), P::BGR_SMPTE_2110_U12(), 12, 2,
-                 [](int sample, int bit) {
-                     int const fromHighest = 12 * sample + 11 - bit;
-                     return fromHighest / 8 * 8 + 7 - fromHighest % 8;
-                 },
-                 {F::RGB_U12(), F::BGR_U12()}, {F::RGB_U16()}),
-    };
-    return instance;
-}
-
-std::uint32_t expectedCode(double sample, T depth, int bits) {
-    std::uint32_t const highest = (1u << bits) - 1;
-    if (fullScale(depth) == highest)
-        return static_cast<std::uint32_t>(sample) & highest;
-    double const value = sample / fullScale(depth) * highest;
-    return std::isnan(value) ? 0 : static_cast<std::uint32_t>(std::clamp<double>(value, 0, highest) + 0.5);
-}
-
-double expectedSample(std::uint32_t code, int bits, T depth) {
-    if (depth == T::U8)
-        return code >> (bits - 8);
-    double const value = code / ((1 << bits) - 1.0) * fullScale(depth);
-    return depth == T::F32 ? value : std::floor(value + 0.5);
-}
-
-/// Calls `visit(row, column, channel, bytes of the block, number of the sample in the block)` for the three
-/// colour samples of every pixel; the packed format's name begins with their order.
-template <class Visit>
-void forEachSample(Layout const& layout, FrameFormat const& packed, FrameFormat const& full, cv::Mat blocks,
-                   Visit const& visit) {
-    for (int row = 0; row < blocks.rows; ++row)
-        for (int column = 0; column < blocks.cols * layout.pixels; ++column)
-            for (int i = 0; i < 3; ++i)
-                visit(row, column, full.layoutName.find(packed.layoutName[i]),
-                      blocks.ptr(row, column / layout.pixels), column % layout.pixels * 3 + i);
-}
-
-Reference packing(Layout const& layout, FrameFormat const& source, FrameFormat const& packed) {
-    return [&layout, source, packed](cv::Mat const& image, cv::Mat& expected) {
-        cv::Mat samples;
-        image.convertTo(samples, CV_64F);
-        expected.setTo(0);
-        forEachSample(layout, packed, source, expected,
-                      [&](int row, int column, auto channel, std::uint8_t* block, int sample) {
-                          std::uint32_t const code = expectedCode(samples.ptr<double>(row, column)[channel],
-                                                                  source.channelType, layout.bits);
-                          for (int bit = 0; bit < layout.bits; ++bit) {
-                              int const position = layout.position(sample, bit);
-                              block[position / 8] |= (code >> bit & 1) << position % 8;
-                          }
-                      });
-    };
-}
-
-Reference unpacking(Layout const& layout, FrameFormat const& packed, FrameFormat const& destination) {
-    return [&layout, packed, destination](cv::Mat const& blocks, cv::Mat& expected) {
-        // Opaque, where there is alpha.
-        cv::Mat samples(expected.size(), CV_64FC(expected.channels()),
-                        cv::Scalar::all(fullScale(destination.channelType)));
-        forEachSample(layout, packed, destination, blocks,
-                      [&](int row, int column, auto channel, std::uint8_t const* block, int sample) {
-                          std::uint32_t code = 0;
-                          for (int bit = 0; bit < layout.bits; ++bit) {
-                              int const position = layout.position(sample, bit);
-                              code |= (block[position / 8] >> position % 8 & 1u) << bit;
-                          }
-                          samples.ptr<double>(row, column)[channel] =
-                              expectedSample(code, layout.bits, destination.channelType);
-                      });
-        samples.convertTo(expected, expected.depth());
-    };
-}
 
 TEST(Packing, ServesItsTables) {
     FormatPairs encodings, decodings;
