@@ -118,7 +118,10 @@ RenderResult WriteNode::Node::render(PictureSource& source, const std::filesyste
 
     auto [errors, warnings, progress] = takeReports();
     errors.insert(errors.end(), escaped.begin(), escaped.end());
-    return {std::move(errors), std::move(progress), std::move(warnings)};
+    std::vector<double> fractions;
+    for (const auto& step : progress)
+        fractions.push_back(step.fraction);
+    return {std::move(errors), std::move(fractions), std::move(warnings)};
 }
 
 void WriteNode::Node::to_float(int z, float* to, const float* from, const float* alpha, int W,

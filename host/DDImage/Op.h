@@ -11,11 +11,16 @@ class Op {
 public:
     enum StatusFlags { StatusNone, StatusModal, StatusUseCallback };
 
+    struct Progress {
+        double fraction;
+        StatusFlags flags;
+    };
+
     /// What an operation has told the user, each list in the order of the calls.
     struct Reports {
         std::vector<std::string> errors; ///< critical ones too
         std::vector<std::string> warnings;
-        std::vector<double> progress;
+        std::vector<Progress> progress;
     };
 
     virtual ~Op();
@@ -29,7 +34,9 @@ public:
     [[gnu::format(printf, 2, 3)]] void warning(const char* format, ...);
 
     /// Moves the progress bar to `fraction`, 0 to 1. There is no panel that the flags could act on.
-    void progressFraction(double fraction, StatusFlags = StatusNone) { reports.progress.push_back(fraction); }
+    void progressFraction(double fraction, StatusFlags flags = StatusNone) {
+        reports.progress.push_back({fraction, flags});
+    }
 
     /// Hands out what was reported and starts afresh.
     Reports takeReports() { return std::exchange(reports, {}); }

@@ -135,19 +135,86 @@ TEST_F(ZetWriterTest, ReportsWhatFailsAndGoesOn) {
     EXPECT_TRUE(node.render(picture, file).succeeded());
 }
 
-/// The panel is gone through for another purpose than creating knobs.
-class RefreshingClosure : public DD::Image::Knob_Closure {
-    DD::Image::Knob* enumeration(int*, const char* const*, const char*, const char*) override {
-        return nullptr;
-    }
+/// Makes the knob that it is given, or, going through the panel for another purpose, none.
+class TestClosure : public DD::Image::Knob_Closure {
+public:
+    explicit TestClosure(DD::Image::Knob* made) : knob(made) {}
+
+private:
+    DD::Image::Knob* enumeration(int*, const char* const*, const char*, const char*) override { return knob; }
     DD::Image::Knob* text(const char*) override { return nullptr; }
-    void setFlags(int) override { ADD_FAILURE() << "flags were set on a knob that was not made"; }
+    void setFlags(int flags) override {
+        ASSERT_TRUE(knob) << "flags were set on a knob that was not made";
+        knob->flags |= flags;
+    }
+
+    DD::Image::Knob* knob;
 };
 
-TEST_F(ZetWriterTest, SetsNoFlagsWithoutAKnob) {
-    RefreshingClosure closure;
-    const auto* const description = DD::Image::Writer::Description::find("zet");
-    std::unique_ptr<DD::Image::Writer>(description->constructor(nullptr))->knobs(closure);
+/// A node with an input of 2 x 2 pixels, which keeps what is asked of it.
+class TestNode final : public DD::Image::Write {
+public:
+    TestNode(int channels, std::string output) : channelCount(channels), file(std::move(output)) {}
+
+    DD::Image::Op* input(int) const override { return const_cast<TestNode*>(this); }
+    const Info& info() const override { return size; }
+    void request(int, int, int, int, const DD::Image::ChannelSet& channels, int) override {
+        requested = channels;
+    }
+    const char* filename() const override { return file.c_str(); }
+    void inputnget(int, int, int, const DD::Image::ChannelSet& channels, DD::Image::Row&) override {
+        EXPECT_TRUE(requested.contains(channels));
+    }
+    int depth() const override { return channelCount; }
+    bool premult() const override { return false; }
+    void to_float(int z, float*, const float*, const float* alpha, int, int) const override {
+        conversions.emplace_back(z, alpha != nullptr);
+    }
+
+    DD::Image::ChannelSet requested;
+    mutable std::vector<std::pair<int, bool>> conversions; ///< channel, and whether with an alpha
+
+private:
+    const int channelCount;
+    const std::string file;
+    const Info size{DD::Image::Format(2, 2)};
+};
+
+std::unique_ptr<DD::Image::Writer> writerFor(DD::Image::Write* node) {
+    return std::unique_ptr<DD::Image::Writer>(DD::Image::Writer::Description::find("zet")->constructor(node));
+}
+
+TEST_F(ZetWriterTest, SetsItsFlagOnTheMenuAlone) {
+    DD::Image::Knob menu;
+    for (auto* const made : {&menu, static_cast<DD::Image::Knob*>(nullptr)}) {
+        TestClosure closure(made);
+        writerFor(nullptr)->knobs(closure);
+    }
+    EXPECT_EQ(menu.flags, 0x2000000);
+}
+
+TEST_F(ZetWriterTest, AsksTheHostForAtMostFourChannels) {
+    using Conversions = std::vector<std::pair<int, bool>>;
+    const Conversions rgb{{0, false}, {1, false}, {2, false}},
+        rgba{{0, true}, {1, true}, {2, true}, {3, true}};
+    for (const int channels : {3, 4, 5}) {
+        TestNode host(channels, file.string());
+        const auto writer = writerFor(&host);
+        TestClosure closure(nullptr);
+        writer->knobs(closure);
+        writer->execute(); // fails: the menu's first format needs blocks of 4 x 4
+        const auto reports = host.takeReports();
+        EXPECT_EQ(reports.errors.size(), 1u);
+        const bool alpha = channels > 3;
+        EXPECT_TRUE(host.requested.contains(alpha ? DD::Image::Mask_RGBA : DD::Image::Mask_RGB));
+        EXPECT_EQ(host.requested.contains(DD::Image::Chan_Alpha), alpha);
+        Conversions expected = alpha ? rgba : rgb; // once for each of two rows
+        expected.insert(expected.end(), expected.begin(), expected.begin() + (alpha ? 4 : 3));
+        EXPECT_EQ(host.conversions, expected);
+        ASSERT_EQ(reports.progress.size(), 2u);
+        for (const auto& step : reports.progress)
+            EXPECT_EQ(static_cast<int>(step.flags), 2);
+    }
 }
 
 } // namespace
