@@ -5,11 +5,20 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <fstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+
+namespace fs = std::filesystem;
 
 namespace ZetTool {
 namespace {
+
+constexpr std::string_view suffix = ".part";
 
 std::string hostName() {
     std::array<char, 65> name{};
@@ -17,39 +26,82 @@ std::string hostName() {
     return name.data();
 }
 
+/// Where a process number means the same process: until the machine starts again, and within a container.
+/// Machines that share a folder may share their names. Empty when the system does not tell.
+std::string realm() {
+    std::string boot;
+    std::error_code error;
+    const auto container = fs::read_symlink("/proc/self/ns/pid", error).string(); // "pid:[4026531836]"
+    const auto digits = container.find_first_of("0123456789");
+    if (!(std::ifstream("/proc/sys/kernel/random/boot_id") >> boot) || boot.size() < 8 ||
+        digits == container.npos)
+        return {};
+    return boot.substr(0, 8) + container.substr(digits, container.size() - digits - 1);
+}
+
+/// What the names of all temporary files begin with whose processes can be seen from here.
+const std::string& prefix() {
+    static const std::string text = fmt::format(".zet-{}-{}-", hostName(), realm());
+    return text;
+}
+
+/// Whether the name is that of a process which no longer is.
+bool isAbandoned(std::string_view name) {
+    if (name.size() < prefix().size() + suffix.size() || name.substr(0, prefix().size()) != prefix() ||
+        name.substr(name.size() - suffix.size()) != suffix)
+        return false;
+    name.remove_prefix(prefix().size());
+    pid_t process = 0;
+    const auto parsed = std::from_chars(name.data(), name.data() + name.size(), process);
+    return parsed.ec == std::errc{} && *parsed.ptr == '-' && process > 0 && ::kill(process, 0) != 0 &&
+           errno == ESRCH;
+}
+
 } // namespace
 
-OutputFile::OutputFile(std::filesystem::path path, int number)
+OutputFile::OutputFile(fs::path path, int number)
     : finalPath(std::move(path)),
       temporaryPath(finalPath.parent_path() /
-                    fmt::format(".zet-{}-{}-{}.part", hostName(), ::getpid(), number)) {}
+                    fmt::format("{}{}-{}{}", prefix(), ::getpid(), number, suffix)) {}
 
 OutputFile::~OutputFile() {
     std::error_code ignored; // after a commit there is nothing under this name
-    std::filesystem::remove(temporaryPath, ignored);
+    fs::remove(temporaryPath, ignored);
 }
 
 bool OutputFile::diskIsFull(std::uint64_t expectedBytes) const {
     std::error_code error;
-    const std::uint64_t written = std::filesystem::file_size(temporaryPath, error);
+    const std::uint64_t written = fs::file_size(temporaryPath, error);
     if (error)
         return false;
-    const auto space = std::filesystem::space(temporaryPath, error);
+    const auto space = fs::space(temporaryPath, error);
     return !error && written + space.available < expectedBytes;
 }
 
 void OutputFile::commit(std::uint64_t expectedBytes) {
     std::error_code error;
-    const std::uint64_t bytes = std::filesystem::file_size(temporaryPath, error);
+    const std::uint64_t bytes = fs::file_size(temporaryPath, error);
     if (error)
         throw std::runtime_error(fmt::format("{}: was not written: {}", finalPath.string(), error.message()));
     if (bytes != expectedBytes)
         throw std::runtime_error(
             fmt::format("{}: {} bytes were written instead of {}", finalPath.string(), bytes, expectedBytes));
-    std::filesystem::rename(temporaryPath, finalPath, error);
+    fs::rename(temporaryPath, finalPath, error);
     if (error)
         throw std::runtime_error(fmt::format("{}: cannot be renamed from {}: {}", finalPath.string(),
                                              temporaryPath.filename().string(), error.message()));
+}
+
+void removeAbandonedFiles(const fs::path& folder) {
+    if (realm().empty())
+        return;
+    std::error_code error; // whoever writes here next will tell of a folder that cannot be read
+    for (fs::directory_iterator entry(folder.empty() ? "." : folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code ignored; // another run may have been faster
+        if (isAbandoned(entry->path().filename().string()))
+            fs::remove(entry->path(), ignored);
+    }
 }
 
 } // namespace ZetTool

@@ -16,7 +16,8 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// Where to write: a hidden name in the final folder that no "*.zet" finds, unique to host and process.
+    /// Where to write: a hidden name in the final folder that no "*.zet" finds, unique to machine and
+    /// process.
     const std::filesystem::path& temporary() const { return temporaryPath; }
     /// Whether so little space is left that a file of this length cannot have been written.
     bool diskIsFull(std::uint64_t expectedBytes) const;
@@ -28,5 +29,10 @@ private:
     std::filesystem::path finalPath;
     std::filesystem::path temporaryPath;
 };
+
+/// Removes the temporary files that killed processes of this machine left in the folder. Those of other
+/// machines, containers and earlier starts of the machine stay: whether their processes still write cannot be
+/// seen.
+void removeAbandonedFiles(const std::filesystem::path& folder);
 
 } // namespace ZetTool

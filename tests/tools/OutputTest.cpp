@@ -12,6 +12,9 @@
 #include <tuple>
 #include <vector>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 using namespace testing;
 using namespace TestSupport;
 using namespace ZetTool;
@@ -95,6 +98,30 @@ TEST_F(OutputTest, AFileAppearsWhenItIsWhole) {
     std::filesystem::create_directory(file);
     EXPECT_THAT(messageOf([&] { attempt("whole"); }), HasSubstr("cannot be renamed"));
     EXPECT_FALSE(std::filesystem::exists(temporary));
+}
+
+TEST_F(OutputTest, WhatADeadProcessOfThisMachineLeftIsRemoved) {
+    const OutputFile alive(file, 1);
+    write(alive.temporary(), "in hand");
+    const pid_t process = ::fork();
+    if (process == 0) {
+        const OutputFile dying(file, 2);
+        write(dying.temporary(), "left behind");
+        ::_exit(0); // without the destructor
+    }
+    ::waitpid(process, nullptr, 0);
+    const std::string ours = alive.temporary().filename().string();
+    const std::string elsewhere = ".zet-elsewhere" + ours.substr(ours.find('-', 5));
+    const std::string dead = ours.substr(0, ours.find_last_of('-', ours.rfind('-') - 1)) + "-" +
+                             std::to_string(process) + "-2.part";
+    write(folder / elsewhere, "of another machine");
+    EXPECT_TRUE(std::filesystem::exists(folder / dead));
+    removeAbandonedFiles(folder.path());
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+        names.push_back(entry.path().filename().string());
+    EXPECT_THAT(names, UnorderedElementsAre(ours, elsewhere));
+    EXPECT_NO_THROW(removeAbandonedFiles(folder / "gone"));
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 #include <opencv2/core/utility.hpp>
 #include <opencv2/imgproc.hpp>
 #include <pictures/FormatChoice.h>
+#include <pictures/OutputFile.h>
 
 #include <algorithm>
 #include <iostream>
@@ -90,6 +91,7 @@ std::uint64_t readFrame(const Plan& plan, const MediaFrame& media, const Options
 Result readFrames(const Plan& plan, const Options& options, Progress& progress) {
     Result result;
     std::mutex mutex;
+    removeAbandonedFiles(plan.target.path().parent_path());
     cv::setNumThreads(static_cast<int>(std::max(1u, std::thread::hardware_concurrency() / options.jobs)));
     forEachIndex(plan.frames.size(), options.jobs, [&](std::size_t i) {
         if (Interruption::requested())
@@ -189,7 +191,8 @@ void addReadCommand(CLI::App& program, ExitCode& exitCode) {
         "a tag. EXR and HDR are linear light by convention: for them, samples are taken back from\n"
         "sRGB or Rec709, and colour is multiplied by alpha.\n\n"
         "Files appear under their names when they are whole; until then they are called\n"
-        ".zet-HOST-PROCESS-FRAME.part in the same folder.\n\n"
+        ".zet-HOST-MACHINE-PROCESS-FRAME.part in the same folder. Those that a killed process left there\n"
+        "are removed by the next run on the same machine.\n\n"
         "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
         "2 the run could not start; 130 interrupted.");
     command->callback([options, &exitCode] { exitCode = run(*options); });

@@ -175,7 +175,8 @@ void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode
         "Formats (index, short name, label):\n" + listOutputFormats() +
         "\n\n"
         "Files appear under their names when they are whole; until then they are called\n"
-        ".zet-HOST-PROCESS-FRAME.part in the same folder.\n\n"
+        ".zet-HOST-MACHINE-PROCESS-FRAME.part in the same folder. Those that a killed process left there\n"
+        "are removed by the next run on the same machine.\n\n"
         "--verify checks the headers and the length of the file that was written, and compares every\n"
         "byte of its pixels with a second conversion of the picture, which the library makes in memory\n"
         "without the plug-in. It finds what goes wrong between conversion and file, not what the\n"

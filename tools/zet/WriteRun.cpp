@@ -106,6 +106,7 @@ RunResult runWrite(const WritePlan& plan, const RunSettings& settings, Progress&
                    const std::atomic<bool>& stop) {
     const auto jobs = std::clamp<std::size_t>(settings.jobs, 1, std::max<std::size_t>(plan.frames.size(), 1));
     shareThreads(static_cast<unsigned>(jobs));
+    removeAbandonedFiles(plan.target.path().parent_path());
     std::vector<WriteNode> nodes;
     for (std::size_t job = 0; job < jobs; ++job) {
         nodes.emplace_back(plan.fileType);
