@@ -18,6 +18,8 @@ Interruption::Interruption()
         struct sigaction action {};
         action.sa_handler = one.handler;
         action.sa_flags = SA_RESTART;
+        if (one.handler == request) // the second one ends the process
+            action.sa_flags |= static_cast<int>(SA_RESETHAND);
         ::sigaction(one.signal, &action, &one.before);
     }
 }
