@@ -1,0 +1,123 @@
+// Runs that are killed or interrupted at any moment. scripts/kill.sh repeats these tests many times.
+#include <tests/TestSupport.h>
+#include <tests/tools/ToolProcess.h>
+
+#include <chrono>
+#include <csignal>
+#include <iostream>
+#include <map>
+#include <random>
+#include <thread>
+
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+using namespace testing;
+using namespace TestSupport;
+using Clock = std::chrono::steady_clock;
+using Files = std::map<std::string, std::vector<std::uint8_t>>;
+
+namespace {
+
+/// --gtest_random_seed repeats the moments of an earlier run.
+unsigned seed() {
+    const auto given = static_cast<unsigned>(GTEST_FLAG_GET(random_seed));
+    return given != 0 ? given : 1 + std::random_device()() % 99999;
+}
+
+class KilledRunTest : public TestWithParam<int> {
+protected:
+    /// Writes a sequence with its manifest to a new folder, or goes on with one that is there.
+    std::vector<std::string> writing(const std::string& output,
+                                     const std::vector<std::string>& more = {}) const {
+        fs::create_directory(folder / output);
+        std::vector<std::string> call{ZET_PROGRAM,  "write",
+                                      "--chart",    "160x90",
+                                      "--frames",   "1-300",
+                                      "--jobs",     "3",
+                                      "-f",         "rgb10",
+                                      "-o",         output + "/%d.zet",
+                                      "--manifest", output + ".manifest"};
+        call.insert(call.end(), more.begin(), more.end());
+        return call;
+    }
+    ProcessResult run(const std::vector<std::string>& call) const {
+        return Process(call, folder.path()).wait();
+    }
+
+    Files filesIn(const std::string& name, bool hidden) const {
+        Files files;
+        for (const auto& entry : fs::directory_iterator(folder / name))
+            if (const auto file = entry.path().filename().string(); hidden || file.front() != '.')
+                files[file] = bytesOf(entry.path());
+        return files;
+    }
+
+    const TemporaryFolder folder;
+};
+
+TEST_P(KilledRunTest, LeavesWholeFilesAndCanGoOn) {
+    const auto begin = Clock::now();
+    ASSERT_EQ(run(writing("whole")).exitCode, 0);
+    const std::chrono::duration<double> duration = Clock::now() - begin;
+    const Files expected = filesIn("whole", true);
+    ASSERT_EQ(expected.size(), 300u);
+
+    const unsigned seedOfMoments = seed();
+    std::cout << "random seed " << seedOfMoments << '\n';
+    std::mt19937 random(seedOfMoments);
+    for (int round = 0; round < 5; ++round) {
+        fs::remove_all(folder / "killed");
+        fs::remove(folder / "killed.manifest");
+        const std::chrono::duration<double> moment = duration * (random() % 1000 / 1000.0);
+        SCOPED_TRACE("round " + std::to_string(round) + ", after " + std::to_string(moment.count()) + " s");
+        Process process(writing("killed"), folder.path());
+        std::this_thread::sleep_for(moment);
+        process.send(GetParam());
+        process.wait();
+
+        for (const auto& [name, bytes] : filesIn("killed", false))
+            ASSERT_EQ(bytes, expected.at(name)) << name;
+        const ProcessResult resumed = run(writing("killed", {"--resume"}));
+        ASSERT_EQ(resumed.exitCode, 0) << resumed.errors;
+        ASSERT_EQ(filesIn("killed", true), expected) << "the same files, and no others left";
+        const ProcessResult check = run(
+            {ZET_PROGRAM, "check", "killed/%d.zet", "--frames", "1-300", "--manifest", "killed.manifest"});
+        ASSERT_EQ(check.exitCode, 0) << check.output << check.errors;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, KilledRunTest, Values(SIGKILL, SIGINT),
+                         [](const auto& which) { return which.param == SIGKILL ? "Killed" : "Interrupted"; });
+
+class HangingRunTest : public Test {
+protected:
+    bool waitFor(const std::string& name) const {
+        const auto deadline = Clock::now() + std::chrono::minutes(1);
+        while (!fs::exists(folder / name) && Clock::now() < deadline)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        return fs::exists(folder / name);
+    }
+
+    const TemporaryFolder folder;
+};
+
+TEST_F(HangingRunTest, EndsAtTheSecondInterruption) {
+    ASSERT_EQ(Process({ZET_PROGRAM, "write", "--chart", "8x8", "--frames", "1", "-f", "rgb8", "-o", "p.zet"},
+                      folder.path())
+                  .wait()
+                  .exitCode,
+              0);
+    ASSERT_EQ(Process({ZET_PROGRAM, "read", "p.zet", "-o", "s.1.png"}, folder.path()).wait().exitCode, 0);
+    ASSERT_EQ(::mkfifo((folder / "s.2.png").c_str(), 0600), 0); // whose reader waits for ever
+    Process process({ZET_PROGRAM, "write", "s.%d.png", "--jobs", "1", "-f", "rgb8", "-o", "%d.zet"},
+                    folder.path());
+    ASSERT_TRUE(waitFor("1.zet"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    process.send(SIGINT);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    process.send(SIGINT);
+    EXPECT_EQ(process.wait().exitCode, -1);
+}
+
+} // namespace
