@@ -1,5 +1,5 @@
 #!/bin/bash
-# Installs those of the Debian packages that are missing: install-dependencies.sh build [test] [bench]
+# Installs those of the Debian packages that are missing: install-dependencies.sh build [test] [bench] [fuzz]
 set -euo pipefail
 
 # OpenCV's and OpenImageIO's CMake files ask for all that the two were built with, so the whole of OpenCV and
@@ -8,6 +8,7 @@ build=(g++ cmake ninja-build libopencv-dev libopenimageio-dev openimageio-tools 
     nlohmann-json3-dev libxxhash-dev)
 test=(libgtest-dev libgmock-dev libsquish-dev python3-openimageio python3-numpy)
 bench=(libbenchmark-dev)
+fuzz=(clang libclang-rt-14-dev)
 
 wanted=()
 for group in "$@"; do
@@ -15,8 +16,9 @@ for group in "$@"; do
     build) wanted+=("${build[@]}") ;;
     test) wanted+=("${test[@]}") ;;
     bench) wanted+=("${bench[@]}") ;;
+    fuzz) wanted+=("${fuzz[@]}") ;;
     *)
-        echo "$0: unknown group \"$group\": expected build, test or bench" >&2
+        echo "$0: unknown group \"$group\": expected build, test, bench or fuzz" >&2
         exit 2
         ;;
     esac
