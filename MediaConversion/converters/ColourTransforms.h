@@ -27,10 +27,14 @@ inline void BgrToYuv(double b, double g, double r, double& y, double& u, double&
 }
 
 /// The inverse of `BgrToYuv`; results may leave 0..1.
-inline void YuvToBgr(double y, double u, double v, double& b, double& g, double& r) {
+template <class Real>
+void YuvToBgr(Real y, Real u, Real v, Real& b, Real& g, Real& r) {
     b = y + 1.772 * (u - 0.5);
     g = (y - 0.34414 * (u - 0.5)) - 0.71414 * (v - 0.5);
     r = y + 1.402 * (v - 0.5);
+}
+inline void YuvToBgr(double y, double u, double v, double& b, double& g, double& r) {
+    YuvToBgr<double>(y, u, v, b, g, r);
 }
 
 /// Integer YCoCg, rounded half up (towards plus infinity). 8-bit samples give y in 0..255, co and cg in
@@ -44,7 +48,8 @@ void RgbToYCoCg(Int r, Int g, Int b, Int& y, Int& co, Int& cg) {
 }
 
 /// The inverse of the unrounded transform; results may leave the range of the samples.
-inline void YCoCgToRgb(int y, int co, int cg, int& r, int& g, int& b) {
+template <class Int>
+void YCoCgToRgb(Int y, Int co, Int cg, Int& r, Int& g, Int& b) {
     r = y + co - cg;
     g = y + cg;
     b = y - co - cg;

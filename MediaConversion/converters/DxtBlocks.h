@@ -18,8 +18,9 @@
 //                   |   p15   |   p14   |   p13   |  p12 |p11|p10 |   two words
 #pragma once
 
+#include <MediaConversion/converters/Words.h>
+
 #include <array>
-#include <cstdint>
 
 namespace MediaConversion::Dxt {
 
@@ -29,7 +30,7 @@ constexpr int blockPixels = blockSize * blockSize;
 constexpr int pieceBytes = 8;
 
 /// 64 bits of a block as words. In all templates of the block compressions `Int` is a number, or a vector of
-/// them: one for each of several blocks.
+/// them: one for each of several blocks. Pieces are read as two words of 32 bits.
 template <class Int>
 using Piece = std::array<Int, 4>;
 
@@ -51,14 +52,6 @@ std::array<Int, bits> packIndices(Channel<Int> const& indices) {
     return words;
 }
 
-/// A piece as one number, from its bytes.
-inline std::uint64_t readPiece(std::uint8_t const* bytes) {
-    std::uint64_t piece = 0;
-    for (int i = 0; i < pieceBytes; ++i)
-        piece |= std::uint64_t{bytes[i]} << (8 * i);
-    return piece;
-}
-
 /// The colours of endpoints: 5, 6 and 5 bits.
 struct Rgb565 {
     /// The high bits of 8-bit components.
@@ -66,9 +59,11 @@ struct Rgb565 {
     static Int pack(Int const& red, Int const& green, Int const& blue) {
         return ((red >> 3) << 11) | ((green >> 2) << 5) | (blue >> 3);
     }
-    static int red(int word) { return word >> 11; }
-    static int green(int word) { return word >> 5 & 63; }
-    static int blue(int word) { return word & 31; }
+    // clang-format off
+    template <class Int> static Int red(Int const& word)   { return word >> 11; }
+    template <class Int> static Int green(Int const& word) { return word >> 5 & 63; }
+    template <class Int> static Int blue(Int const& word)  { return word & 31; }
+    // clang-format on
 };
 
 struct ColourPiece {
@@ -77,8 +72,15 @@ struct ColourPiece {
         auto const words = packIndices<2>(indices);
         return {endpoint0, endpoint1, words[0], words[1]};
     }
-    static int endpoint(std::uint64_t piece, int number) { return piece >> (16 * number) & 0xFFFF; }
-    static int index(std::uint64_t piece, int pixel) { return piece >> (32 + 2 * pixel) & 3; }
+    template <class Int>
+    static Int endpoint(std::array<Int, 2> const& piece, int number) {
+        return piece[0] >> (16 * number) & 0xffff;
+    }
+    /// The indices of all pixels, that of pixel i from bit 2 i on.
+    template <class Int>
+    static Int indices(std::array<Int, 2> const& piece) {
+        return piece[1];
+    }
 };
 
 struct LumaPiece {
@@ -87,8 +89,15 @@ struct LumaPiece {
         auto const words = packIndices<3>(indices);
         return {endpoint0 | (endpoint1 << 8), words[0], words[1], words[2]};
     }
-    static int endpoint(std::uint64_t piece, int number) { return piece >> (8 * number) & 0xFF; }
-    static int index(std::uint64_t piece, int pixel) { return piece >> (16 + 3 * pixel) & 7; }
+    template <class Int>
+    static Int endpoint(std::array<Int, 2> const& piece, int number) {
+        return piece[0] >> (8 * number) & 0xff;
+    }
+    /// The indices of the pixels from `pixel` on: 3 bits each, as many as 32 bits take.
+    template <class Int>
+    static Int indicesFrom(std::array<Int, 2> const& piece, int pixel) {
+        return wordAt(piece, 16 + 3 * pixel);
+    }
 };
 
 } // namespace MediaConversion::Dxt

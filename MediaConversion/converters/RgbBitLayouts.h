@@ -8,6 +8,7 @@
 
 #include <MediaConversion/MediaPipeline/FrameFormat.h>
 #include <MediaConversion/converters/PixelTypes.h>
+#include <MediaConversion/converters/Words.h>
 
 #include <array>
 #include <cstdint>
@@ -105,16 +106,15 @@ std::array<Int, (blockBytes<Layout> + 3) / 4> packBlock(BlockSamples<Layout, Int
     return block;
 }
 
-template <class Layout>
-BlockSamples<Layout, std::uint32_t> unpackBlock(std::uint8_t const* bytes) {
-    BlockSamples<Layout, std::uint32_t> samples;
+/// The samples of a block, from its words as `packBlock` gives them.
+template <class Layout, class Int>
+BlockSamples<Layout, Int> unpackBlock(std::array<Int, (blockBytes<Layout> + 3) / 4> const& block) {
+    BlockSamples<Layout, Int> samples;
     auto sample = samples.begin();
-    while (sample != samples.end()) {
-        std::uint32_t word = 0;
-        for (int byte = 0; byte < Layout::wordBytes; ++byte)
-            word |= std::uint32_t{*bytes++} << byteShift<Layout>(byte);
+    for (int bit = 0; sample != samples.end(); bit += 8 * Layout::wordBytes) {
+        Int const word = firstByteLowest<Layout>(wordAt(block, bit)); // undoes itself
         for (int const lowestBit : Layout::lowestBits)
-            *sample++ = (word >> lowestBit) & Layout::Depth::fullScale;
+            *sample++ = word >> lowestBit & Layout::Depth::fullScale;
     }
     return samples;
 }

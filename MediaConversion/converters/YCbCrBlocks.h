@@ -1,11 +1,10 @@
 // The blocks of the chroma-subsampled YCbCr formats: how the codes of a few pixels that share one pair of
 // chroma codes lie in memory.
 //
-// A block is a type of exactly the format's bytes, which unpacks its codes. `pack` makes the words of a block
-// from its codes: 32 bits each, the lowest byte first; of the last word the format may take fewer. `Int` is a
-// number, or a vector of them. A code is taken modulo its bits: whatever a code out of range has above them
-// is lost. In the diagrams bytes stand in the order of memory, each with its most significant bit on the
-// left.
+// `pack` makes the words of a block from its codes and `unpack` the codes from the words: 32 bits each, the
+// lowest byte first; of the last word the format may take fewer. `Int` is a number, or a vector of them. A
+// code is taken modulo its bits: whatever a code out of range has above them is lost. In the diagrams bytes
+// stand in the order of memory, each with its most significant bit on the left.
 #pragma once
 
 #include <array>
@@ -41,16 +40,18 @@ struct Codes4224 {
 ///     | byte 0 | byte 1 | byte 2 | byte 3 |
 ///     |   Y0   |   Cb   |   Y1   |   Cr   |
 struct Yuyv422 {
-    static constexpr int bits = 8, fullScale = 255;
-
-    std::uint8_t bytes[4];
+    static constexpr int bits = 8, fullScale = 255, bytes = 4;
 
     template <class Int>
     static std::array<Int, 1> pack(Codes422<Int> const& codes) {
         return {lowBits<8>(codes.y0) | lowBits<8>(codes.cb) << 8 | lowBits<8>(codes.y1) << 16 |
                 codes.cr << 24};
     }
-    Codes422<std::int32_t> unpack() const { return {bytes[0], bytes[1], bytes[2], bytes[3]}; }
+    template <class Int>
+    static Codes422<Int> unpack(std::array<Int, 1> const& words) {
+        auto const [word] = words;
+        return {lowBits<8>(word), lowBits<8>(word >> 8), lowBits<8>(word >> 16), lowBits<8>(word >> 24)};
+    }
 };
 
 /// 10-bit 4:2:2: the upper eight bits of each code, then the lower two of all.
@@ -58,9 +59,7 @@ struct Yuyv422 {
 ///     |  byte 0  |  byte 1  |  byte 2  |  byte 3  |              byte 4               |
 ///     | Cb 9..2  | Y0 9..2  | Cr 9..2  | Y1 9..2  | Cb 1..0 | Y0 1..0 | Cr 1..0 | Y1 1..0 |
 struct TenBit422 {
-    static constexpr int bits = 10, fullScale = 1023;
-
-    std::uint8_t bytes[5];
+    static constexpr int bits = 10, fullScale = 1023, bytes = 5;
 
     template <class Int>
     static std::array<Int, 2> pack(Codes422<Int> const& codes) {
@@ -68,19 +67,25 @@ struct TenBit422 {
         return {lowBits<8>(cb >> 2) | lowBits<8>(y0 >> 2) << 8 | lowBits<8>(cr >> 2) << 16 | (y1 >> 2) << 24,
                 lowBits<2>(cb) << 6 | lowBits<2>(y0) << 4 | lowBits<2>(cr) << 2 | lowBits<2>(y1)};
     }
-    Codes422<std::int32_t> unpack() const {
-        auto const code = [this](int byte) { return bytes[byte] << 2 | (bytes[4] >> (6 - 2 * byte) & 3); };
-        return {code(1), code(0), code(3), code(2)};
+    template <class Int>
+    static Codes422<Int> unpack(std::array<Int, 2> const& words) {
+        auto const [upper, lower] = words;
+        return {lowBits<8>(upper >> 8) << 2 | lowBits<2>(lower >> 4),
+                lowBits<8>(upper) << 2 | lowBits<2>(lower >> 6),
+                lowBits<8>(upper >> 24) << 2 | lowBits<2>(lower),
+                lowBits<8>(upper >> 16) << 2 | lowBits<2>(lower >> 2)};
     }
 };
 
 /// The upper bytes of a 10-bit 4:2:2 block as 8-bit codes; for reading only.
 struct TenBit422UpperBytes {
-    static constexpr int bits = 8, fullScale = 255;
+    static constexpr int bits = 8, fullScale = 255, bytes = 5;
 
-    std::uint8_t bytes[5];
-
-    Codes422<std::int32_t> unpack() const { return {bytes[1], bytes[0], bytes[3], bytes[2]}; }
+    template <class Int>
+    static Codes422<Int> unpack(std::array<Int, 2> const& words) {
+        auto const [upper, lower] = words;
+        return {lowBits<8>(upper >> 8), lowBits<8>(upper), lowBits<8>(upper >> 24), lowBits<8>(upper >> 16)};
+    }
 };
 
 /// 8-bit 4:2:0.
@@ -88,9 +93,7 @@ struct TenBit422UpperBytes {
 ///     | byte 0 | byte 1 | byte 2 | byte 3 | byte 4 | byte 5 |
 ///     |   Cb   |   Cr   |  Y00   |  Y01   |  Y10   |  Y11   |
 struct EightBit420 {
-    static constexpr int bits = 8, fullScale = 255;
-
-    std::uint8_t bytes[6];
+    static constexpr int bits = 8, fullScale = 255, bytes = 6;
 
     template <class Int>
     static std::array<Int, 2> pack(Codes420<Int> const& codes) {
@@ -98,8 +101,11 @@ struct EightBit420 {
         return {lowBits<8>(cb) | lowBits<8>(cr) << 8 | lowBits<8>(y00) << 16 | y01 << 24,
                 lowBits<8>(y10) | lowBits<8>(y11) << 8};
     }
-    Codes420<std::int32_t> unpack() const {
-        return {bytes[0], bytes[1], bytes[2], bytes[3], bytes[4], bytes[5]};
+    template <class Int>
+    static Codes420<Int> unpack(std::array<Int, 2> const& words) {
+        auto const [first, second] = words;
+        return {lowBits<8>(first),       lowBits<8>(first >> 8), lowBits<8>(first >> 16),
+                lowBits<8>(first >> 24), lowBits<8>(second),     lowBits<8>(second >> 8)};
     }
 };
 
@@ -110,9 +116,7 @@ struct EightBit420 {
 ///     word 1  |    A0      |     Y0      |    Cb    |
 struct Hybrid4224 {
     static constexpr int lumaBits = 12, chromaBits = 10, alphaBits = 10;
-    static constexpr int lumaScale = 4095, chromaScale = 1023, alphaScale = 1023;
-
-    std::uint32_t words[2];
+    static constexpr int lumaScale = 4095, chromaScale = 1023, alphaScale = 1023, bytes = 8;
 
     template <class Int>
     static std::array<Int, 2> pack(Codes4224<Int> const& codes) {
@@ -120,13 +124,11 @@ struct Hybrid4224 {
         return {cr << 22 | lowBits<12>(y1) << 10 | lowBits<10>(a1),
                 a0 << 22 | lowBits<12>(y0) << 10 | lowBits<10>(cb)};
     }
-    Codes4224<std::int32_t> unpack() const {
-        auto const field = [](std::uint32_t word, int lowestBit, int bits) {
-            return static_cast<std::int32_t>(word >> lowestBit & ((1u << bits) - 1));
-        };
+    template <class Int>
+    static Codes4224<Int> unpack(std::array<Int, 2> const& words) {
         auto const [right, left] = words;
-        return {field(left, 10, 12),  field(right, 10, 12), field(left, 0, 10),
-                field(right, 22, 10), field(left, 22, 10),  field(right, 0, 10)};
+        return {lowBits<12>(left >> 10),  lowBits<12>(right >> 10), lowBits<10>(left),
+                lowBits<10>(right >> 22), lowBits<10>(left >> 22),  lowBits<10>(right)};
     }
 };
 

@@ -30,8 +30,24 @@ struct RowEncoders {
     int count;
 };
 
+/// Makes the pixels of `count` blocks: one or several rows, of which the first starts at `pixels` and each
+/// further one `rowBytes` behind the one before.
+using DecodeRow = void (*)(std::uint8_t const* blocks, std::uint8_t* pixels, std::size_t rowBytes, int count);
+
+struct RowDecoder {
+    Zentrel::FrameFormat (*source)();
+    Zentrel::FrameFormat (*destination)();
+    DecodeRow decodeRow;
+};
+
+struct RowDecoders {
+    RowDecoder const* rows;
+    int count;
+};
+
 struct Kernels {
     RowEncoders packing, subsampling, compression;
+    RowDecoders unpacking, upsampling, decompression;
 };
 
 extern Kernels const plainKernels, avx2Kernels, avx512Kernels;

@@ -43,7 +43,7 @@ Real lumaOf(Colours<Real> const& pixel) {
 /// The chroma of a block is the mean of its pixels'.
 template <class Block>
 struct Encode422 {
-    static constexpr int rows = 1, columns = 2, bytes = sizeof(Block), errorUnits = 4;
+    static constexpr int rows = 1, columns = 2, bytes = Block::bytes, errorUnits = 4;
     using SameDepth = void; // no sample is a code
     template <class Depth>
     static constexpr bool limits = std::is_same_v<Depth, F32>;
@@ -59,7 +59,7 @@ struct Encode422 {
 
 /// The chroma of a block is the mean of its pixels'.
 struct Encode420 {
-    static constexpr int rows = 2, columns = 2, bytes = sizeof(EightBit420), errorUnits = 4;
+    static constexpr int rows = 2, columns = 2, bytes = EightBit420::bytes, errorUnits = 4;
     using SameDepth = void; // no sample is a code
     template <class Depth>
     static constexpr bool limits = std::is_same_v<Depth, F32>;
@@ -77,7 +77,7 @@ struct Encode420 {
 
 /// The chroma of a block is that of its left pixel alone, not the mean as in 4:2:2.
 struct Encode4224 {
-    static constexpr int rows = 1, columns = 2, bytes = sizeof(Hybrid4224), errorUnits = 4;
+    static constexpr int rows = 1, columns = 2, bytes = Hybrid4224::bytes, errorUnits = 4;
     using SameDepth = void; // no sample is a code
     template <class Depth>
     static constexpr bool limits = std::is_same_v<Depth, F32>;

@@ -5,12 +5,25 @@
 
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace MediaConversion {
 namespace {
 
 /// Blocks that are converted at once.
 constexpr int lanes = sizeof(IntVector) / sizeof(std::int32_t);
+
+/// The numbers of `low`, then those of `high`. By way of memory, in two pieces, it takes several times as
+/// long.
+template <class Half, int... number>
+auto joined(Half low, Half high, std::integer_sequence<int, number...>) {
+    return __builtin_shufflevector(low, high, number...);
+}
+
+template <class Half>
+auto joined(Half low, Half high) {
+    return joined(low, high, std::make_integer_sequence<int, lanes>());
+}
 
 struct Ints {
     IntVector vector;
@@ -22,12 +35,22 @@ struct Ints {
 
 // clang-format off
 inline Ints operator+(Ints a, Ints b)   { return Ints(a.vector + b.vector); }
+inline Ints operator-(Ints a, Ints b)   { return Ints(a.vector - b.vector); }
+inline Ints operator*(Ints a, Ints b)   { return Ints(a.vector * b.vector); }
 inline Ints operator&(Ints a, Ints b)   { return Ints(a.vector & b.vector); }
 inline Ints operator|(Ints a, Ints b)   { return Ints(a.vector | b.vector); }
+inline Ints operator^(Ints a, Ints b)   { return Ints(a.vector ^ b.vector); }
 inline Ints operator<<(Ints a, int bits) { return Ints(a.vector << bits); }
 inline Ints operator>>(Ints a, int bits) { return Ints(a.vector >> bits); }
 inline Ints min(Ints a, Ints b)         { return Ints(a.vector < b.vector ? a.vector : b.vector); }
+inline Ints max(Ints a, Ints b)         { return Ints(a.vector > b.vector ? a.vector : b.vector); }
+/// Not 0 where it holds.
+inline Ints operator>(Ints a, Ints b)   { return Ints(a.vector > b.vector); }
+/// `a` where the condition is not 0.
+inline Ints chosen(Ints condition, Ints a, Ints b) { return Ints(condition.vector != 0 ? a.vector : b.vector); }
 // clang-format on
+
+struct Doubles;
 
 struct Floats {
     FloatVector vector;
@@ -36,6 +59,9 @@ struct Floats {
     Floats(double number) : vector(FloatVector{} + static_cast<float>(number)) {}
     explicit Floats(FloatVector vector) : vector(vector) {}
     explicit Floats(Ints ints) : vector(__builtin_convertvector(ints.vector, FloatVector)) {}
+    explicit inline Floats(Doubles const& a);
+    /// As they lie in memory.
+    Ints bits() const { return Ints(reinterpret_cast<IntVector>(vector)); }
 };
 
 // clang-format off
@@ -68,7 +94,18 @@ struct Doubles {
         low = __builtin_convertvector(halves[0], Half);
         high = __builtin_convertvector(halves[1], Half);
     }
+    explicit Doubles(Ints a) {
+        VectorOf<std::int32_t, sizeof(IntVector) / 2> halves[2];
+        std::memcpy(halves, &a, sizeof halves);
+        low = __builtin_convertvector(halves[0], Half);
+        high = __builtin_convertvector(halves[1], Half);
+    }
 };
+
+Floats::Floats(Doubles const& a) {
+    using HalfFloats = VectorOf<float, sizeof(FloatVector) / 2>;
+    vector = joined(__builtin_convertvector(a.low, HalfFloats), __builtin_convertvector(a.high, HalfFloats));
+}
 
 // clang-format off
 inline Doubles operator+(Doubles a, Doubles b) { return {a.low + b.low, a.high + b.high}; }
@@ -77,15 +114,16 @@ inline Doubles operator*(Doubles a, Doubles b) { return {a.low * b.low, a.high *
 inline Doubles operator/(Doubles a, Doubles b) { return {a.low / b.low, a.high / b.high}; }
 // clang-format on
 
+/// Without the fraction; none may be NaN.
+inline Ints truncatedNumbers(Doubles a) {
+    using HalfInts = VectorOf<std::int32_t, sizeof(IntVector) / 2>;
+    return Ints(joined(__builtin_convertvector(a.low, HalfInts), __builtin_convertvector(a.high, HalfInts)));
+}
+
 /// Without the fraction; NaN, which no integer conversion is defined for, gives 0.
 inline Ints truncated(Doubles a) {
     using Half = Doubles::Half;
-    using HalfInts = VectorOf<std::int32_t, sizeof(IntVector) / 2>;
-    HalfInts const halves[2] = {__builtin_convertvector(a.low == a.low ? a.low : Half{}, HalfInts),
-                                __builtin_convertvector(a.high == a.high ? a.high : Half{}, HalfInts)};
-    Ints result;
-    std::memcpy(&result, halves, sizeof result);
-    return result;
+    return truncatedNumbers({a.low == a.low ? a.low : Half{}, a.high == a.high ? a.high : Half{}});
 }
 
 } // namespace

@@ -1,0 +1,200 @@
+// Kernels that make pixels of blocks: each lane takes as many blocks side by side as give four pixels in a
+// row.
+//
+// A `Format` names the rows and columns of pixels in a block, and its bytes. `Format::decode<Depth>(words)`
+// gives the samples of a block's pixels, row by row, from the block as 32-bit words, the lowest byte first.
+#pragma once
+
+#include <MediaConversion/converters/PixelTypes.h>
+#include <MediaConversion/converters/Words.h>
+#include <MediaConversion/converters/kernels/Groups.h>
+#include <MediaConversion/converters/kernels/Kernels.h>
+#include <MediaConversion/converters/kernels/Unrolled.h>
+
+#include <algorithm>
+#include <array>
+
+namespace MediaConversion {
+namespace {
+
+/// Pixels that a lane decodes in each row: the least number of which any kind fills whole words.
+constexpr int lanePixels = 4;
+
+/// Full scale as it is stored.
+template <class Depth>
+Ints opaque() {
+    if constexpr (std::is_same_v<Depth, F32>)
+        return Floats(1).bits();
+    else
+        return Depth::fullScale;
+}
+
+/// A pixel of every lane, the samples as they are stored: of a float its bits.
+struct Samples {
+    Ints red, green, blue, alpha;
+};
+
+/// The pixels of a lane as words.
+template <class Destination>
+std::array<Ints, sizeof(Destination)> packPixels(std::array<Samples, lanePixels> const& pixels) {
+    using Order = typename Destination::Order;
+    constexpr int bits = 8 * sizeof(typename Destination::Sample);
+    std::array<Ints, sizeof(Destination)> words;
+    words.fill(0);
+    unrolled<lanePixels>([&](auto i) {
+        auto const put = [&](int channel, Ints sample) {
+            int const bit = (i * Destination::channels + channel) * bits;
+            words[bit / 32] = words[bit / 32] | sample << bit % 32;
+        };
+        put(Order::red, pixels[i].red);
+        put(Order::green, pixels[i].green);
+        put(Order::blue, pixels[i].blue);
+        if constexpr (Destination::channels == 4)
+            put(Order::alpha, pixels[i].alpha);
+    });
+    return words;
+}
+
+/// The bytes of a lane and what a quad of 16 bytes takes beyond them.
+constexpr int inWholeQuads(int bytes) { return (bytes + 15) / 16 * 16; }
+
+/// `bytes` bytes for each lane as words; the last quad may be read beyond them. Lane 4 q + i of the vectors
+/// takes the place i * lanes / 4 + q: transposed again, the lanes stand in the order of memory.
+template <int bytes>
+auto loadLanes(std::uint8_t const* first) {
+    std::array<Ints, inWholeQuads(bytes) / 4> words;
+    unrolled<inWholeQuads(bytes) / 16>([&](auto quad) {
+        auto const quads = [&](int i) {
+            return loadQuads(first + i * (lanes / 4) * bytes + 16 * quad, bytes);
+        };
+        auto const columns = transposed(quads(0), quads(1), quads(2), quads(3));
+        unrolled<4>([&](auto i) { words[4 * quad + i] = Ints(reinterpret_cast<IntVector>(columns[i])); });
+    });
+    return words;
+}
+
+/// Half `half` (0, 1) of what arises when two vectors take turns, each with `unit` numbers at a time.
+template <int half, int unit, int... i>
+FloatVector inTurns(FloatVector a, FloatVector b, std::integer_sequence<int, i...>) {
+    return __builtin_shufflevector(
+        a, b, ((half * lanes + i) / (2 * unit) * unit + i % unit + (i / unit % 2 == 0 ? 0 : lanes))...);
+}
+
+/// What arises when the vectors take turns, each with `unit` numbers at a time.
+template <int unit, std::size_t count>
+std::array<FloatVector, count> inTurns(std::array<FloatVector, count> const& vectors) {
+    if constexpr (count == 1 || unit == lanes) {
+        return vectors;
+    } else {
+        using Numbers = std::make_integer_sequence<int, lanes>;
+        std::array<FloatVector, count / 2> first, second;
+        unrolled<count / 2>([&](auto i) {
+            first[i] = inTurns<0, unit>(vectors[2 * i], vectors[2 * i + 1], Numbers());
+            second[i] = inTurns<1, unit>(vectors[2 * i], vectors[2 * i + 1], Numbers());
+        });
+        first = inTurns<2 * unit>(first);
+        second = inTurns<2 * unit>(second);
+        std::array<FloatVector, count> result;
+        unrolled<count / 2>([&](auto i) {
+            result[i] = first[i];
+            result[count / 2 + i] = second[i];
+        });
+        return result;
+    }
+}
+
+/// Vector `part` of what three of every four numbers in these vectors make.
+template <int part, int... i>
+FloatVector threeOfFour(FloatVector a, FloatVector b, std::integer_sequence<int, i...>) {
+    return __builtin_shufflevector(a, b,
+                                   ((part * lanes + i) / 3 * 4 + (part * lanes + i) % 3 - part * lanes)...);
+}
+
+/// Writes the words of each lane, lane by lane.
+template <std::size_t count>
+void storeLanes(std::array<Ints, count> const& words, std::uint8_t* to) {
+    // Quads of four words each, or of three and one of anything.
+    constexpr int wordsOfQuad = count % 4 == 0 ? 4 : 3, quads = count / wordsOfQuad;
+    std::array<std::array<FloatVector, 4>, quads> columns;
+    unrolled<quads>([&](auto quad) {
+        auto const row = [&](int i) {
+            return reinterpret_cast<FloatVector>(words[wordsOfQuad * quad + i % wordsOfQuad].vector);
+        };
+        columns[quad] = transposed(row(0), row(1), row(2), row(3));
+    });
+    std::array<FloatVector, 4 * quads> vectors;
+    unrolled<4>([&](auto i) {
+        std::array<FloatVector, quads> column;
+        unrolled<quads>([&](auto quad) { column[quad] = columns[quad][i]; });
+        column = inTurns<4>(column);
+        unrolled<quads>([&](auto quad) { vectors[quads * i + quad] = column[quad]; });
+    });
+
+    unrolled<count>([&](auto i) {
+        FloatVector vector;
+        if constexpr (wordsOfQuad == 4)
+            vector = vectors[i];
+        else
+            vector = threeOfFour<i % 3>(vectors[i / 3 * 4 + i % 3], vectors[i / 3 * 4 + i % 3 + 1],
+                                        std::make_integer_sequence<int, lanes>());
+        std::memcpy(to + i * sizeof vector, &vector, sizeof vector);
+    });
+}
+
+template <class Format, class Destination>
+struct DecodedGroup {
+    static constexpr int rows = Format::rows, laneBlocks = lanePixels / Format::columns;
+    static constexpr int blocks = lanes * laneBlocks, bytes = blocks * Format::bytes;
+    static constexpr int pixelBytes = lanes * lanePixels * sizeof(Destination);
+    /// What is read behind the group's last block.
+    static constexpr int bytesBehind = inWholeQuads(laneBlocks * Format::bytes) - laneBlocks * Format::bytes;
+
+    /// Flattened: only with everything in one function the compilers keep the vectors in registers.
+    [[gnu::flatten, gnu::noinline]] static void decode(std::uint8_t const* blocks, std::uint8_t* pixels,
+                                                       std::size_t rowBytes, int groups) {
+        for (; groups > 0; --groups, blocks += bytes, pixels += pixelBytes)
+            decode(blocks, pixels, rowBytes);
+    }
+
+private:
+    static void decode(std::uint8_t const* blocks, std::uint8_t* pixels, std::size_t rowBytes) {
+        auto const words = loadLanes<laneBlocks * Format::bytes>(blocks);
+        std::array<std::array<Samples, lanePixels>, rows> samples;
+        unrolled<laneBlocks>([&](auto block) {
+            auto const decoded = Format::template decode<typename Destination::Depth>(
+                wordsAt<(Format::bytes + 3) / 4>(words, 8 * Format::bytes * block));
+            unrolled<rows * Format::columns>([&](auto i) {
+                samples[i / Format::columns][block * Format::columns + i % Format::columns] = decoded[i];
+            });
+        });
+        unrolled<rows>(
+            [&](auto row) { storeLanes(packPixels<Destination>(samples[row]), pixels + row * rowBytes); });
+    }
+};
+
+/// A `DecodeRow`.
+template <class Group>
+void decodeInGroups(std::uint8_t const* blocks, std::uint8_t* pixels, std::size_t rowBytes, int count) {
+    constexpr int blockBytes = Group::bytes / Group::blocks,
+                  blockPixelBytes = Group::pixelBytes / Group::blocks;
+    int const groups = std::max(count * blockBytes - Group::bytesBehind, 0) / Group::bytes;
+    Group::decode(blocks, pixels, rowBytes, groups);
+
+    // The rest is decoded elsewhere.
+    for (int decoded = groups * Group::blocks; decoded < count; decoded += Group::blocks) {
+        int const rest = std::min(count - decoded, Group::blocks);
+        std::uint8_t lastBlocks[Group::bytes + Group::bytesBehind] = {};
+        std::uint8_t lastPixels[Group::rows * Group::pixelBytes];
+        std::memcpy(lastBlocks, blocks + decoded * blockBytes, rest * blockBytes);
+        Group::decode(lastBlocks, lastPixels, Group::pixelBytes, 1);
+        for (int row = 0; row < Group::rows; ++row)
+            std::memcpy(pixels + row * rowBytes + decoded * blockPixelBytes,
+                        lastPixels + row * Group::pixelBytes, rest * blockPixelBytes);
+    }
+}
+
+template <class Format, class Destination>
+constexpr DecodeRow decodeRow = decodeInGroups<DecodedGroup<Format, Destination>>;
+
+} // namespace
+} // namespace MediaConversion
