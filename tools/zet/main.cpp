@@ -1,16 +1,5 @@
 // The command-line tool of the project; each sub-command has a file of its own.
-#include "CheckCommand.h"
-#include "ExitCode.h"
-#include "FormatsCommand.h"
-#include "InfoCommand.h"
-#include "ReadCommand.h"
-#include "SheetCommand.h"
-#include "WriteCommand.h"
-
-#include <MediaConversion/Version.h>
-
-#include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include "CommandLine.h"
 
 #include <exception>
 #include <iostream>
@@ -44,24 +33,11 @@ int main(int argc, char** argv) {
     using ZetTool::ExitCode;
     ExitCode exitCode = ExitCode::Done;
     const std::string commandLine = commandLineOf(argc, argv);
-
-    CLI::App program("Media files for the playback server: one file for each frame.", "zet");
-    program.require_subcommand(1);
-    program.set_version_flag("--version", [] {
-        return fmt::format("zet {}, MediaConversion library {}", ZET_VERSION,
-                           MediaConversion::Version::fullVersion());
-    });
-    ZetTool::addWriteCommand(program, commandLine, exitCode);
-    ZetTool::addInfoCommand(program, exitCode);
-    ZetTool::addCheckCommand(program, exitCode);
-    ZetTool::addReadCommand(program, exitCode);
-    ZetTool::addSheetCommand(program, exitCode);
-    ZetTool::addFormatsCommand(program, exitCode);
-
+    const auto program = ZetTool::makeProgram(commandLine, exitCode);
     try {
-        program.parse(argc, argv);
+        program->parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        const bool asked = program.exit(error) == 0; // --help and --version come this way too
+        const bool asked = program->exit(error) == 0; // --help and --version come this way too
         exitCode = asked ? ExitCode::Done : ExitCode::CouldNotStart;
     } catch (const std::exception& error) {
         std::cerr << "zet: " << error.what() << '\n';
