@@ -1,5 +1,5 @@
 #!/bin/bash
-# Installs those of the Debian packages that are missing: install-dependencies.sh build [test] [bench] [fuzz]
+# Installs those of the Debian packages that are missing: install-dependencies.sh build [test] [bench] [fuzz] [farm]
 set -euo pipefail
 
 # OpenCV's and OpenImageIO's CMake files ask for all that the two were built with, so the whole of OpenCV and
@@ -9,16 +9,17 @@ build=(g++ cmake ninja-build libopencv-dev libopenimageio-dev openimageio-tools 
 test=(libgtest-dev libgmock-dev libsquish-dev python3-openimageio python3-numpy)
 bench=(libbenchmark-dev)
 fuzz=(clang libclang-rt-14-dev)
+farm=(slurmctld slurmd slurm-client munge)
 
 wanted=()
 for group in "$@"; do
     case $group in
-    build) wanted+=("${build[@]}") ;;
-    test) wanted+=("${test[@]}") ;;
-    bench) wanted+=("${bench[@]}") ;;
-    fuzz) wanted+=("${fuzz[@]}") ;;
+    build | test | bench | fuzz | farm)
+        declare -n packages=$group
+        wanted+=("${packages[@]}")
+        ;;
     *)
-        echo "$0: unknown group \"$group\": expected build, test, bench or fuzz" >&2
+        echo "$0: unknown group \"$group\": expected build, test, bench, fuzz or farm" >&2
         exit 2
         ;;
     esac

@@ -57,7 +57,9 @@ std::string rates(const ProgressCount& count) {
 }
 
 std::string progressLine(const ProgressCount& count) {
-    std::string line = fmt::format("{}/{} frames, {}", count.done, count.total, rates(count));
+    std::string line =
+        fmt::format("{}% {}/{} frames, {}", count.total > 0 ? 100 * count.done / count.total : 100,
+                    count.done, count.total, rates(count));
     if (count.done > 0) {
         const double remaining =
             static_cast<double>(count.total - count.done) / static_cast<double>(count.done);
@@ -100,6 +102,8 @@ void Progress::failed(const std::string& message) {
 ProgressCount Progress::finish() {
     const std::lock_guard lock(mutex);
     clear();
+    if (style == Style::Lines && count.done > 0)
+        show(); // the last word to whoever reads along
     return count;
 }
 

@@ -17,7 +17,7 @@ struct ProgressCount {
     double seconds = 0;      ///< since the start
 };
 
-/// "12/24 frames, 7.5 frames/s, 46.7 MB/s, 0:02 left".
+/// "50% 12/24 frames, 7.5 frames/s, 46.7 MB/s, 0:02 left": the first number is for schedulers to find.
 std::string progressLine(const ProgressCount& count);
 /// The same behind a bar, in at most `columns` columns.
 std::string progressBar(const ProgressCount& count, std::size_t columns);
@@ -44,7 +44,7 @@ public:
 
     void written(std::uint64_t bytes);
     void failed(const std::string& message);
-    /// Clears the bar away; call it when no more is to come.
+    /// Clears the bar away, or says the last line; call it when no more is to come.
     ProgressCount finish();
 
 private:
