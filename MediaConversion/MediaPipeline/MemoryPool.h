@@ -35,11 +35,10 @@ public:
     virtual std::size_t count() const = 0;
 };
 
-/// Ordinary heap memory, uninitialised.
+/// Heap memory, uninitialised, in large pages where the system has them.
 class HostMemoryResource final : public IMemoryResource {
 public:
-    HostMemoryResource(IMemoryPool& pool, std::uint64_t size)
-        : pool(&pool), bytes(new std::uint8_t[size]), size(size) {}
+    HostMemoryResource(IMemoryPool& pool, std::uint64_t size);
 
     std::uint8_t* buffer() override { return bytes.get(); }
     std::uint64_t bufferSize() const override { return size; }
