@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <exception>
 #include <filesystem>
 #include <memory>
@@ -54,6 +55,13 @@ void installMemoryPool() {
     constexpr int maxIdleAcquisitions = 3;
     Zentrel::ImageFrame::setMemoryPool(
         std::make_shared<SelfPruningMemoryPool<HostMemoryResource, true>>(maxIdleAcquisitions));
+}
+
+/// Begins to fetch memory that will be written soon.
+void fetchForWriting(const float* first, const float* last) {
+    constexpr std::ptrdiff_t cacheLine = 64 / sizeof(float);
+    for (; first < last; first += cacheLine)
+        __builtin_prefetch(first, 1);
 }
 
 DD::Image::Writer* build(DD::Image::Write* write) {
@@ -135,6 +143,8 @@ std::unique_ptr<Zentrel::IFrame> zetWriterMCL::readFrame() {
         // What the host does not supply stays at full scale: without an alpha channel the picture is opaque.
         // Preset row by row, the samples are still in the cache when the host's follow.
         std::fill_n(pixels, std::size_t(columns) * stride, 1.0f);
+        if (y + 1 < rows) // while the samples take their places one by one, the next row comes into the cache
+            fetchForWriting(image.ptr<float>(y + 1), image.ptr<float>(y + 1) + std::size_t(columns) * stride);
         const float* const alpha = channels > 3 ? row[DD::Image::Chan_Alpha] : nullptr;
         for (int z = 0; z < 3; ++z)
             to_float(z, pixels + 2 - z, row[channel(z)], alpha, columns, stride);

@@ -1,0 +1,62 @@
+// What all costs are compared with: a pass that only reads a picture and writes as many bytes as its
+// conversion does.
+#pragma once
+
+#include <MediaConversion/converters/ParallelRows.h>
+
+#include <opencv2/core.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <iterator>
+#include <numeric>
+#include <random>
+
+namespace Benchmarks {
+
+/// A BGRA picture of floats from 0 to 1, the same one every time.
+inline cv::Mat noise(int rows, int columns) {
+    cv::Mat picture(rows, columns, CV_32FC4);
+    std::mt19937 random(1);
+    std::uniform_real_distribution<float> sample(0, 1);
+    std::generate_n(picture.ptr<float>(), picture.total() * picture.channels(),
+                    [&] { return sample(random); });
+    return picture;
+}
+
+#if defined(__x86_64__)
+#define FOR_WIDEST_VECTORS __attribute__((target_clones("avx512f", "avx2", "default")))
+#else
+#define FOR_WIDEST_VECTORS
+#endif
+
+FOR_WIDEST_VECTORS inline std::uint64_t bitsOf(std::uint64_t const* samples, std::size_t count) {
+    std::uint64_t bits[32] = {};
+    for (std::size_t i = 0; i + 32 <= count; i += 32)
+        for (std::size_t k = 0; k < 32; ++k)
+            bits[k] |= samples[i + k];
+    return std::accumulate(std::begin(bits), std::end(bits), std::uint64_t{0}, std::bit_or<>());
+}
+
+/// Reads the whole picture and writes all of `output`, on OpenCV's threads.
+inline void stream(cv::Mat const& picture, cv::Mat& output) {
+    int const rows = picture.rows;
+    MediaConversion::parallelRows(rows, [&](int row) {
+        auto const bits = bitsOf(reinterpret_cast<std::uint64_t const*>(picture.ptr(row)),
+                                 picture.step[0] / sizeof(std::uint64_t));
+        std::size_t const bytes = output.total() * output.elemSize(), begin = bytes * row / rows;
+        std::memset(output.data + begin, static_cast<int>(bits & 1), bytes * (row + 1) / rows - begin);
+    });
+}
+
+template <class Action>
+double secondsOf(Action const& action) {
+    auto const start = std::chrono::steady_clock::now();
+    action();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+} // namespace Benchmarks
