@@ -62,16 +62,15 @@ struct MediaFileOutput::Job {
           settings{ZetTool::chooseTransfer(ZetTool::parseTransferChoice(textOf(spec, "zet:transfer", "auto")),
                                            header),
                    header.premultiplied},
-          block{spec.x - spec.full_x,
-                spec.y - spec.full_y,
-                {spec.width, spec.height},
-                spec.nchannels,
-                std::unique_ptr<float[]>(new float[spec.image_pixels() * std::size_t(spec.nchannels)])} {}
+          block{spec.x - spec.full_x, spec.y - spec.full_y, {spec.width, spec.height}, spec.nchannels} {
+        block.allocate();
+    }
 
     /// Takes one row of float samples.
     void add(const float* row) {
         const std::size_t samples = std::size_t(block.size.width) * std::size_t(block.channels);
-        std::copy_n(row, samples, block.samples.get() + samples * std::size_t(rows++));
+        std::copy_n(row, samples,
+                    reinterpret_cast<float*>(block.samples->data()) + samples * std::size_t(rows++));
     }
 
     void write(OIIO::Filesystem::IOProxy* proxy) {

@@ -20,13 +20,15 @@ void storeColour(const RenderSettings& settings, float* to, const float* from, c
                  int count) {
     using namespace EmbeddedHost;
     const float* const divisor = settings.premultiplied ? alpha : nullptr;
+    static const TabledCurve<SrgbCurve> srgb;
+    static const TabledCurve<Rec709Curve> rec709;
     switch (settings.transfer) {
     case Transfer::None:
         return encodeRow([](float sample) { return sample; }, to, from, nullptr, count, stride);
     case Transfer::Srgb:
-        return encodeRow(SrgbCurve{}, to, from, divisor, count, stride);
+        return encodeRow(srgb, to, from, divisor, count, stride);
     case Transfer::Rec709:
-        return encodeRow(Rec709Curve{}, to, from, divisor, count, stride);
+        return encodeRow(rec709, to, from, divisor, count, stride);
     }
 }
 

@@ -1,11 +1,23 @@
 #include "Picture.h"
 
+#include "HalfFloat.h"
+
 #include <algorithm>
 #include <charconv>
 #include <stdexcept>
 #include <system_error>
 
 namespace ZetTool {
+namespace {
+
+/// Every `stride`-th sample, as a float.
+template <class Sample, class ToFloat>
+void gather(const Sample* from, int stride, float* to, int count, ToFloat toFloat) {
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        to[i] = toFloat(from[i * stride]);
+}
+
+} // namespace
 
 std::string PictureSize::text() const { return std::to_string(width) + "x" + std::to_string(height); }
 
@@ -21,6 +33,17 @@ PictureSize parseSize(const std::string& text) {
     throw std::runtime_error("cannot read size \"" + text + "\": expected WIDTHxHEIGHT, as in 1920x1080");
 }
 
+std::uint64_t PixelBlock::bytes() const {
+    const std::uint64_t pixels = std::uint64_t(size.width) * std::uint64_t(size.height);
+    return pixels * std::uint64_t(channels) * (halfFloats ? sizeof(std::uint16_t) : sizeof(float));
+}
+
+void PixelBlock::allocate() {
+    // One picture after another in the same memory: fresh memory costs as much as a conversion.
+    static SelfPruningMemoryPool<HostMemoryResource, true> pool(3);
+    samples = std::make_unique<MemoryAccess>(pool, bytes());
+}
+
 Picture::Picture(PictureHeader header, PixelBlock pixels, ChannelPlaces channelPlaces)
     : about(std::move(header)), block(std::move(pixels)), places(channelPlaces) {}
 
@@ -30,15 +53,17 @@ void Picture::readRow(int y, int x, int r, EmbeddedHost::PictureChannel channel,
     const int first = inside ? std::clamp(block.left, x, r) : r;
     const int last = inside ? std::clamp(block.left + block.size.width, first, r) : r;
 
-    const auto stride = static_cast<std::ptrdiff_t>(block.channels);
     to = std::fill_n(to, first - x, 0.0f);
     if (first < last) {
-        const float* from =
-            block.samples.get() +
-            (static_cast<std::ptrdiff_t>(row) * block.size.width + first - block.left) * stride +
-            places[static_cast<std::size_t>(channel)];
-        for (int column = first; column < last; ++column, from += stride)
-            *to++ = *from;
+        const std::ptrdiff_t pixel = static_cast<std::ptrdiff_t>(row) * block.size.width + first - block.left;
+        const std::ptrdiff_t sample = pixel * block.channels + places[static_cast<std::size_t>(channel)];
+        if (block.halfFloats)
+            gather(reinterpret_cast<const std::uint16_t*>(block.samples->data()) + sample, block.channels, to,
+                   last - first, floatOfHalf);
+        else
+            gather(reinterpret_cast<const float*>(block.samples->data()) + sample, block.channels, to,
+                   last - first, [](float value) { return value; });
+        to += last - first;
     }
     std::fill_n(to, r - last, 0.0f);
 }

@@ -1,9 +1,11 @@
 // Pictures in memory, as a writer's input sees them.
 #pragma once
 
+#include <MediaConversion/MediaPipeline/MemoryPool.h>
 #include <host/EmbeddedHost.h>
 
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -32,16 +34,22 @@ struct PictureHeader {
     std::string colourSpace; ///< the file's or its reader's tag, such as "sRGB" or "Linear"; may be empty
 };
 
-/// A block of float pixels that stands anywhere over, beside or partly over the whole picture.
+/// A block of pixels that stands anywhere over, beside or partly over the whole picture.
 struct PixelBlock {
     int left = 0; ///< column of the block's first pixel, counted from the picture's left edge
     int top = 0;  ///< row, counted from the top edge
     PictureSize size;
-    int channels = 0;                 ///< samples of each pixel
-    std::unique_ptr<float[]> samples; ///< rows from the top, without gaps
+    int channels = 0;                                ///< samples of each pixel
+    bool halfFloats = false;                         ///< samples are half-floats, else floats
+    std::unique_ptr<MemoryAccess> samples = nullptr; ///< rows from the top, without gaps
+
+    /// The bytes that the samples take.
+    std::uint64_t bytes() const;
+    /// Takes memory for the samples, that of an earlier picture where there is such. Throws std::bad_alloc.
+    void allocate();
 };
 
-/// A picture of float samples. Outside the block that the file holds it is black, and transparent.
+/// A picture. Outside the block that the file holds it is black, and transparent.
 class Picture final : public EmbeddedHost::PictureSource {
 public:
     /// Where red, green, blue and alpha stand among a pixel's samples.

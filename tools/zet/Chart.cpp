@@ -169,9 +169,9 @@ PictureHeader Chart::header() const {
 }
 
 Picture Chart::draw(int frame) const {
-    PixelBlock block{0, 0, header().size, background.channels(), nullptr};
-    block.samples.reset(new float[background.total() * static_cast<std::size_t>(block.channels)]);
-    const cv::Mat canvas(background.rows, background.cols, background.type(), block.samples.get());
+    PixelBlock block{0, 0, header().size, background.channels()};
+    block.allocate();
+    const cv::Mat canvas(background.rows, background.cols, background.type(), block.samples->data());
     background.copyTo(canvas);
     drawMark(part(canvas, scale), frame);
     const cv::Mat panel = part(canvas, text);

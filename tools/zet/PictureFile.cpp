@@ -61,14 +61,16 @@ Picture readPicture(const std::filesystem::path& file) {
     for (int& place : places)
         place -= begin;
 
+    const bool halfFloats = spec.format == OIIO::TypeHalf && spec.channelformats.empty();
     PixelBlock block{
-        spec.x - spec.full_x, spec.y - spec.full_y, {spec.width, spec.height}, end - begin, nullptr};
+        spec.x - spec.full_x, spec.y - spec.full_y, {spec.width, spec.height}, end - begin, halfFloats};
     try {
-        block.samples.reset(new float[spec.image_pixels() * static_cast<std::size_t>(block.channels)]);
+        block.allocate();
     } catch (const std::bad_alloc&) {
         refuse(file, "not enough memory for " + block.size.text() + " pixels");
     }
-    const bool complete = input->read_image(0, 0, begin, end, OIIO::TypeFloat, block.samples.get());
+    const bool complete = input->read_image(0, 0, begin, end, halfFloats ? OIIO::TypeHalf : OIIO::TypeFloat,
+                                            block.samples->data());
     // Some readers fill up what a cut-off file lacks, and say so only here.
     if (!complete || input->has_error())
         refuse(file, input->geterror());
