@@ -16,6 +16,26 @@ TEST(YCbCr, GivesTheBytesOfThePlainEvaluation) {
         expectConverts<ImageYCbCr42xToRGB>(source, destination, decoding(source, destination));
 }
 
+// Of these lumas one at least stays within the range of samples, whatever the chroma adds.
+TEST(YCbCr, RoundsAllEightBitChromaLikeDoubles) {
+    constexpr std::uint8_t lumas[][2] = {{0, 255}, {100, 155}};
+    cv::Mat blocks(256, 512, openCvTypeOf(yuyv));
+    for (int cb = 0; cb < 256; ++cb)
+        for (int i = 0; i < 512; ++i) {
+            auto* const block = blocks.ptr(cb, i);
+            block[0] = lumas[i % 2][0];
+            block[1] = static_cast<std::uint8_t>(cb);
+            block[2] = lumas[i % 2][1];
+            block[3] = static_cast<std::uint8_t>(i / 2);
+        }
+    cv::Mat expected(256, 1024, openCvTypeOf(F::BGR_U8()));
+    decoding(yuyv, F::BGR_U8())(blocks, expected);
+    for (auto const set : availableInstructionSets()) {
+        ConvertingWith const settings(set, 1);
+        expectSameBytes(convertedBy<ImageYCbCr42xToRGB>(F::BGR_U8(), frameOf(yuyv, blocks)), expected);
+    }
+}
+
 TEST(YCbCr, ServesExactlyItsTables) {
     expectServesExactly<ImageRGBtoYCbCr42x>(encodings, "YCbCr 4:2:2 conversion is not supported from ");
     expectServesExactly<ImageYCbCr42xToRGB>(decodings, "RGB conversion is not supported from ");
