@@ -7,9 +7,7 @@
 
 #include <algorithm>
 #include <array>
-#include <iomanip>
 #include <limits>
-#include <sstream>
 
 namespace MediaConversion {
 
@@ -77,9 +75,10 @@ private:
 // ---- The headers ----
 
 std::string hex(std::uint32_t value, int digits) {
-    std::ostringstream text;
-    text << std::hex << std::uppercase << std::setfill('0') << std::setw(digits) << value;
-    return text.str();
+    std::string text;
+    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
+        text += "0123456789ABCDEF"[value >> shift & 0xF];
+    return text;
 }
 
 template <class Bytes>
@@ -125,12 +124,13 @@ private:
 };
 
 FrameFormat formatOf(std::uint32_t mediaFormat) {
-    std::string known;
-    for (auto const& [format, bits] : ZentrelMediaFileWriter::mediaHeaderFormat) {
+    auto const& formats = ZentrelMediaFileWriter::mediaHeaderFormat;
+    for (auto const& [format, bits] : formats)
         if (bits == mediaFormat)
             return format;
+    std::string known;
+    for (auto const& [format, bits] : formats)
         known += " 0x" + hex(bits, 8);
-    }
     refuse("Media format", 8, "0x" + hex(mediaFormat, 8), "one of" + known);
 }
 
