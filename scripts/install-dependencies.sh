@@ -1,5 +1,6 @@
 #!/bin/bash
-# Installs those of the Debian packages that are missing: install-dependencies.sh build [test] [bench] [fuzz] [farm]
+# Installs those of the Debian packages that are missing: install-dependencies.sh GROUPS...
+# The groups are the lists below.
 set -euo pipefail
 
 # OpenCV's and OpenImageIO's CMake files ask for all that the two were built with, so the whole of OpenCV and
@@ -10,16 +11,17 @@ test=(libgtest-dev libgmock-dev libsquish-dev python3-openimageio python3-numpy)
 bench=(libbenchmark-dev)
 fuzz=(clang libclang-rt-14-dev)
 farm=(slurmctld slurmd slurm-client munge)
+coverage=(gcovr)
 
 wanted=()
 for group in "$@"; do
     case $group in
-    build | test | bench | fuzz | farm)
+    build | test | bench | fuzz | farm | coverage)
         declare -n packages=$group
         wanted+=("${packages[@]}")
         ;;
     *)
-        echo "$0: unknown group \"$group\": expected build, test, bench, fuzz or farm" >&2
+        echo "$0: unknown group \"$group\": expected build, test, bench, fuzz, farm or coverage" >&2
         exit 2
         ;;
     esac
