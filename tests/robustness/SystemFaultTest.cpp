@@ -128,6 +128,14 @@ TEST_F(SystemFaultTest, AFullDiskIsNoticed) {
     EXPECT_THAT(namesIn("disk"), ElementsAre("1.zet", "2.zet"));
     for (const char* name : {"disk/1.zet", "disk/2.zet"})
         EXPECT_EQ(fs::file_size(folder / name), fileBytes);
+    // Whoever writes the pictures may be careless.
+    for (const std::string type : {"png", "tif", "exr", "jpg", "tga", "bmp", "sgi"}) {
+        const ProcessResult read =
+            Process({ZET_PROGRAM, "read", "disk/1.zet", "-o", "disk/p." + type, "-q"}, folder.path()).wait();
+        EXPECT_EQ(read.exitCode, 1) << type;
+        EXPECT_THAT(read.errors, HasSubstr("disk/p." + type + ": cannot be written: "));
+    }
+    EXPECT_THAT(namesIn("disk"), ElementsAre("1.zet", "2.zet"));
     expectRefused(folder / "disk/3.zet", "Failed to write file");
 }
 

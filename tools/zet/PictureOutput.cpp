@@ -1,12 +1,17 @@
 #include "PictureOutput.h"
 
+#include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
 #include <fmt/format.h>
 #include <opencv2/imgproc.hpp>
 #include <pictures/OutputFile.h>
 
+#include <cerrno>
 #include <cmath>
+#include <cstring>
+#include <fstream>
 #include <stdexcept>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -68,6 +73,34 @@ OIIO::TypeDesc sampleType(const std::string& fileType, int bits) {
     return bits <= 8 ? OIIO::TypeUInt8 : OIIO::TypeUInt16;
 }
 
+void writeBytes(const fs::path& path, const std::vector<unsigned char>& bytes) {
+    std::ofstream stream(path, std::ios::binary);
+    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    stream.close();
+    if (!stream)
+        throw std::runtime_error(std::strerror(errno));
+}
+
+/// Of most types OpenImageIO makes the file in memory: on a full disk some of its writers lose bytes without
+/// a word, and one ends the process.
+void writePixels(const std::string& fileType, const OIIO::ImageSpec& spec, const cv::Mat& pixels,
+                 const OutputFile& file) {
+    OIIO::Filesystem::IOVecOutput memory; // outlives the output, which may refer to it to its end
+    const Output output = OIIO::ImageOutput::create(fileType);
+    if (output->supports("ioproxy"))
+        output->set_ioproxy(&memory); // which some types nevertheless leave empty
+    const OIIO::TypeDesc samples = pixels.depth() == CV_8U ? OIIO::TypeUInt8 : OIIO::TypeFloat;
+    if (!output->open(file.temporary().string(), spec) || !output->write_image(samples, pixels.data) ||
+        !output->close()) {
+        const std::string reason = output->geterror();
+        throw std::runtime_error(reason.substr(0, reason.find('\n')));
+    }
+    if (!memory.buffer().empty())
+        writeBytes(file.temporary(), memory.buffer());
+    else if (file.diskIsFull(fs::file_size(file.temporary()) + 1)) // not a byte is left, and none was counted
+        throw std::runtime_error("the disk is full");
+}
+
 } // namespace
 
 PictureFileType::PictureFileType(const fs::path& file) {
@@ -106,13 +139,10 @@ std::uint64_t PictureFileType::write(const OutputPicture& picture, const fs::pat
         spec.attribute("oiio:UnassociatedAlpha", 1);
 
     OutputFile file(path, number);
-    const Output output = OIIO::ImageOutput::create(name);
-    const OIIO::TypeDesc inMemory = pixels.depth() == CV_8U ? OIIO::TypeUInt8 : OIIO::TypeFloat;
-    if (!output->open(file.temporary().string(), spec) || !output->write_image(inMemory, pixels.data) ||
-        !output->close()) {
-        const std::string reason = output->geterror();
-        throw std::runtime_error(
-            fmt::format("{}: cannot be written: {}", path.string(), reason.substr(0, reason.find('\n'))));
+    try {
+        writePixels(name, spec, pixels, file);
+    } catch (const std::exception& error) {
+        throw std::runtime_error(fmt::format("{}: cannot be written: {}", path.string(), error.what()));
     }
     std::error_code error; // then the commit tells it
     const std::uint64_t bytes = fs::file_size(file.temporary(), error);
