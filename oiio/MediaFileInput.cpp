@@ -5,6 +5,7 @@
 #include "IoProxyStream.h"
 
 #include <MediaConversion/mediafile/HeaderStreamBuilders.h>
+#include <MediaConversion/mediafile/ZentrelMediaFileReader.h>
 #include <pictures/FormatChoice.h>
 #include <pictures/FrameConversion.h>
 
@@ -12,6 +13,7 @@
 
 #include <array>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <mutex>
 
@@ -41,8 +43,20 @@ OIIO::TypeDesc sampleType(const FrameFormat& decoded) {
     }
 }
 
+OIIO::ImageSpec specOf(const MediaConversion::ZentrelMediaFileInfo& info, OIIO::string_view colourSpace) {
+    const FrameFormat& format = info.format;
+    OIIO::ImageSpec spec(info.width, info.height, ZetTool::holdsAlpha(format) ? 4 : 3,
+                         sampleType(decodedFormat(format)));
+    spec.attribute("oiio:ColorSpace", colourSpace);
+    spec.attribute("oiio:BitsPerSample", ZetTool::bitsOf(format));
+    spec.attribute("zet:format", ZetTool::closestOutputFormat(format).shortName);
+    spec.attribute("zet:pixelFormat", FrameFormat::toString(format));
+    return spec;
+}
+
 std::unique_ptr<IImageFrame> decode(std::unique_ptr<IImageFrame> frame) {
-    auto decoded = ZetTool::convertFrame(std::move(frame), decodedFormat(frame->format()));
+    const FrameFormat format = decodedFormat(frame->format());
+    auto decoded = ZetTool::convertFrame(std::move(frame), format);
     if (decoded->format() == FullFrameFormat::BGRA_F32()) {
         cv::Mat matrix = decoded->image();
         cv::cvtColor(matrix, matrix, cv::COLOR_BGRA2RGBA);
@@ -58,36 +72,25 @@ int MediaFileInput::supports(OIIO::string_view feature) const { return feature =
 
 bool MediaFileInput::valid_file(const std::string& name) const {
     constexpr auto magic = MediaConversion::ZentrelHeaderStreamBuilder::mediaFileMagic;
+    if (std::error_code error; !std::filesystem::is_regular_file(name, error)) // a pipe would keep us waiting
+        return false;
     std::array<char, magic.size()> start{};
     std::ifstream(name, std::ios::binary).read(start.data(), start.size());
     return std::memcmp(start.data(), magic.data(), magic.size()) == 0;
 }
 
-bool MediaFileInput::open(const std::string& name, OIIO::ImageSpec& spec, const OIIO::ImageSpec& hints) {
-    ioproxy_retrieve_from_config(hints);
-    colourSpace = hints.get_string_attribute("oiio:ColorSpace", colourSpace);
-    return open(name, spec);
-}
+bool MediaFileInput::open(const std::string& name, OIIO::ImageSpec& spec) { return open(name, spec, {}); }
 
-bool MediaFileInput::open(const std::string& name, OIIO::ImageSpec& spec) {
+bool MediaFileInput::open(const std::string& name, OIIO::ImageSpec& spec, const OIIO::ImageSpec& hints) {
     return guarded(*this, [&] {
+        ioproxy_retrieve_from_config(hints);
         StreamFactory streams(ioproxy());
-        m_spec = specOf(MediaConversion::ZentrelMediaFileReader(streams).readInfo(name));
+        m_spec = specOf(MediaConversion::ZentrelMediaFileReader(streams).readInfo(name),
+                        hints.get_string_attribute("oiio:ColorSpace", "sRGB"));
         file = name;
         pixels.reset();
         spec = m_spec;
     });
-}
-
-OIIO::ImageSpec MediaFileInput::specOf(const MediaConversion::ZentrelMediaFileInfo& info) const {
-    const FrameFormat& format = info.format;
-    OIIO::ImageSpec spec(info.width, info.height, ZetTool::holdsAlpha(format) ? 4 : 3,
-                         sampleType(decodedFormat(format)));
-    spec.attribute("oiio:ColorSpace", colourSpace);
-    spec.attribute("oiio:BitsPerSample", ZetTool::bitsOf(format));
-    spec.attribute("zet:format", ZetTool::closestOutputFormat(format).shortName);
-    spec.attribute("zet:pixelFormat", FrameFormat::toString(format));
-    return spec;
 }
 
 bool MediaFileInput::close() {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <MediaConversion/MediaPipeline/Frame.h>
-#include <MediaConversion/mediafile/ZentrelMediaFileReader.h>
 
 #include <OpenImageIO/imageio.h>
 
@@ -30,10 +29,7 @@ public:
     bool read_native_scanline(int subimage, int miplevel, int y, int z, void* data) override;
 
 private:
-    OIIO::ImageSpec specOf(const MediaConversion::ZentrelMediaFileInfo& info) const;
-
     std::string file;
-    std::string colourSpace = "sRGB";
     std::unique_ptr<Zentrel::IImageFrame> pixels;
 };
 

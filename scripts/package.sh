@@ -22,8 +22,21 @@ configure_and_build() {
     cmake --build "$folder" --target "$target" -j "$(nproc)"
 }
 
+# The first name in each exported symbol, behind its namespace, has to stand in a header that is installed.
+check_exports() {
+    local library=$1 headers=$2 names name
+    names=$(nm --dynamic --demangle --defined-only "$library" | cut -d ' ' -f 3- |
+        sed -E 's/^(typeinfo|typeinfo name|vtable|guard variable) for //' |
+        grep -oE '^((Zentrel|MediaConversion)::)?[A-Za-z0-9_]+' | sed 's/.*:://' | sort -u)
+    for name in $names; do
+        grep -qrw "$name" "$headers" || { echo "$library exports \"$name\", which no header names" >&2; return 1; }
+    done
+}
+
 # The library is shared for those who link it; the tool has it inside, as its plug-ins do.
 configure_and_build library MediaConversion -DBUILD_SHARED_LIBS=ON -DZET_TOOL=OFF
+cmake --install build/package-library --component development --prefix "$project/build/package-library/installed"
+check_exports "$(find build/package-library/lib -name libMediaConversion.so)" build/package-library/installed/include
 configure_and_build tool all
 for build in library tool; do
     components="library;development"
