@@ -2,10 +2,18 @@
 # Writes a sequence on a render farm of two nodes, all on this machine: real Slurm, a job array, one node killed in
 # mid-run. Slurm starts the killed chunks again, and "zet check" looks at everything in the end.
 #
-#   scripts/farm-demo.sh [ZET]     as root, for Slurm runs jobs as their owners
+#   scripts/farm-demo.sh [ZET]     as root
 #
 #   FRAMES=480 CHUNK=40 SIZE=1920x1080 FORMAT=422-10 KILL_AFTER=15 scripts/farm-demo.sh
 set -euo pipefail
+
+if [[ $(id -u) -ne 0 ]]; then
+    echo "$0: has to run as root, for the nodes of its farm have processes and names of their own" >&2
+    exit 2
+fi
+# So does the farm, and nothing of it outlives this script however that ends.
+[[ ${FARM_HAS_NAMESPACE:-} ]] ||
+    FARM_HAS_NAMESPACE=1 exec unshare --pid --fork --mount-proc --kill-child "$0" "$@"
 
 project=$(cd "$(dirname "$0")/.." && pwd)
 zet=${1:-$project/build/demo/bin/zet}
@@ -76,6 +84,7 @@ wait_for() {
 # ---- A farm of two nodes ----
 
 trap stop_farm EXIT
+trap 'exit 130' INT TERM
 mkdir -p "$farm"/{state,spool,out,manifests,log}
 dd if=/dev/urandom of="$farm/munge.key" bs=1 count=1024 status=none
 chmod 600 "$farm/munge.key"
