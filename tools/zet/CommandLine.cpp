@@ -8,6 +8,7 @@
 #include "WriteCommand.h"
 
 #include <MediaConversion/Version.h>
+#include <MediaConversion/converters/InstructionSet.h>
 
 #include <fmt/format.h>
 
@@ -18,8 +19,10 @@ std::unique_ptr<CLI::App> makeProgram(const std::string& commandLine, ExitCode& 
         std::make_unique<CLI::App>("Media files for the playback server: one file for each frame.", "zet");
     program->require_subcommand(1);
     program->set_version_flag("--version", [] {
-        return fmt::format("zet {}, MediaConversion library {}", ZET_VERSION,
-                           MediaConversion::Version::fullVersion());
+        // The plug-in has its own copy of the library, which chooses by the processor alone as this one does.
+        return fmt::format("zet {}, MediaConversion library {}, {} instructions", ZET_VERSION,
+                           MediaConversion::Version::fullVersion(),
+                           toString(MediaConversion::instructionSet()));
     });
     addWriteCommand(*program, commandLine, exitCode);
     addInfoCommand(*program, exitCode);

@@ -52,7 +52,8 @@ std::string byteText(std::uint64_t bytes) {
 }
 
 std::string rates(const ProgressCount& count) {
-    return fmt::format("{:.1f} frames/s, {:.1f} MB/s", perSecond(static_cast<double>(count.done), count),
+    return fmt::format("{:.1f} frames/s, {:.1f} MB/s",
+                       perSecond(static_cast<double>(count.done - count.failed), count),
                        perSecond(static_cast<double>(count.bytes) / 1e6, count));
 }
 
@@ -96,6 +97,7 @@ void Progress::failed(const std::string& message) {
     const std::lock_guard lock(mutex);
     clear();
     errors << message << std::endl;
+    ++count.failed;
     step(0);
 }
 

@@ -15,13 +15,14 @@ struct ProgressCount {
     std::size_t total = 0;
     std::uint64_t bytes = 0; ///< written so far
     double seconds = 0;      ///< since the start
+    std::size_t failed = 0;  ///< of those that are done
 };
 
 /// "50% 12/24 frames, 7.5 frames/s, 46.7 MB/s, 0:02 left": the first number is for schedulers to find.
 std::string progressLine(const ProgressCount& count);
 /// The same behind a bar, in at most `columns` columns.
 std::string progressBar(const ProgressCount& count, std::size_t columns);
-/// "7.5 frames/s, 46.7 MB/s".
+/// "7.5 frames/s, 46.7 MB/s", of what was written.
 std::string rates(const ProgressCount& count);
 /// "1 frame", "24 frames".
 std::string frameCount(std::size_t frames);

@@ -2,6 +2,7 @@
 
 #include "FrameRange.h"
 #include "Interruption.h"
+#include "MemoryBudget.h"
 #include "PluginPlace.h"
 #include "Progress.h"
 #include "WriteManifest.h"
@@ -27,6 +28,7 @@ struct Options {
     std::string transfer = "auto";
     std::string plugin;
     std::string manifest;
+    std::uint64_t memory = defaultMemoryBudget();
     bool dryRun = false;
     bool quiet = false;
 };
@@ -83,6 +85,14 @@ bool finish(WriteManifest& manifest, const RunResult& result, unsigned jobs) {
     }
 }
 
+void limitJobs(Options& options, const WritePlan& plan) {
+    const unsigned fitting = framesAtOnce(plan, options.memory, options.run.jobs, options.run.verify);
+    if (fitting < options.run.jobs && fitting < plan.frames.size() && !options.quiet)
+        std::cout << fmt::format("note: {} at once, which is what {} of memory have room for\n",
+                                 frameCount(fitting), byteText(options.memory));
+    options.run.jobs = fitting;
+}
+
 ExitCode run(Options options, const std::string& commandLine) {
     if (!options.chart.empty())
         options.request.chart = parseSize(options.chart);
@@ -91,6 +101,7 @@ ExitCode run(Options options, const std::string& commandLine) {
     options.run.transfer = parseTransferChoice(options.transfer);
     EmbeddedHost::loadPlugin(options.plugin.empty() ? ownPlugin() : std::filesystem::path(options.plugin));
     const WritePlan plan = planWrite(options.request);
+    limitJobs(options, plan);
 
     if (!options.quiet)
         noteLostAlpha(plan, options.request);
@@ -157,6 +168,11 @@ void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode
         ->type_name("N")
         ->check(CLI::Range(1, 256).description(""))
         ->capture_default_str();
+    command
+        ->add_option("--memory", options->memory,
+                     "Memory to stay within, as in 2GB or 1500MB; without it half of the machine's")
+        ->type_name("SIZE")
+        ->transform(CLI::AsSizeValue(true).description(""));
     command->add_flag("--resume", options->request.resume,
                       "Leave out the frames whose files are whole already");
     command->add_flag("--verify", options->run.verify,
@@ -176,7 +192,9 @@ void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode
         "\n\n"
         "Files appear under their names when they are whole; until then they are called\n"
         ".zet-HOST-MACHINE-PROCESS-FRAME.part in the same folder. Those that a killed process left there\n"
-        "are removed by the next run on the same machine.\n\n"
+        "are removed by the next run on the same machine.\n\n" +
+        memoryEstimate +
+        "\n\n"
         "--verify checks the headers and the length of the file that was written, and compares every\n"
         "byte of its pixels with a second conversion of the picture, which the library makes in memory\n"
         "without the plug-in. It finds what goes wrong between conversion and file, not what the\n"
