@@ -10,53 +10,37 @@
 namespace MediaConversion {
 namespace {
 
-/// Of a row of blocks: the first pixel of each, the second and so on. Each number holds the pixel's samples,
-/// the first one lowest.
-template <class Source>
-std::array<Ints, Dxt::blockSize> loadBlockRows(Source const* pixels) {
-    std::array<Ints, Dxt::blockSize> columns;
-    if constexpr (sizeof(Source) == sizeof(std::int32_t)) {
-        auto const transposed =
-            loadTransposed(reinterpret_cast<std::uint8_t const*>(pixels), Dxt::blockSize * sizeof(Source));
-        std::memcpy(&columns, &transposed, sizeof columns);
-    } else {
-        std::int32_t numbers[Dxt::blockSize][lanes] = {};
-        for (int i = 0; i < Dxt::blockSize * lanes; ++i)
-            std::memcpy(&numbers[i % Dxt::blockSize][i / Dxt::blockSize], pixels + i, sizeof(Source));
-        std::memcpy(&columns, numbers, sizeof columns);
-    }
-    return columns;
-}
-
 /// Two blocks in each lane of 32 bits: one of the first half of the group and one of the second.
-template <class BlockEncoder, class Source_>
+template <class BlockEncoder, class Source>
 struct CompressedGroup {
-    using Source = Source_;
-    static constexpr int blocks = 2 * lanes, rows = Dxt::blockSize, columns = Dxt::blockSize;
+    static constexpr int blocks = 2 * lanes, rows = Dxt::blockSize,
+                         blockRowBytes = Dxt::blockSize * sizeof(Source),
+                         readBytes = lanes * blockRowBytes + loadedBytes<blockRowBytes>;
     static constexpr int pieces = BlockEncoder::pieces, bytes = pieces * Dxt::pieceBytes;
 
-    static void encode(std::uint8_t const* pixels, std::size_t rowBytes, std::uint8_t* blocks) {
-        store(BlockEncoder::encode(load(pixels, rowBytes)), blocks);
+    static void encode(std::uint8_t const* pixels, std::size_t stride, std::uint8_t* blocks) {
+        store(BlockEncoder::encode(load(pixels, stride)), blocks);
     }
 
 private:
-    static Dxt::RgbPixels<Shorts> load(std::uint8_t const* pixels, std::size_t rowBytes) {
+    static Dxt::RgbPixels<Shorts> load(std::uint8_t const* pixels, std::size_t stride) {
         using Order = typename Source::Order;
         Dxt::RgbPixels<Shorts> rgb;
-        for (int i = 0; i < Dxt::blockPixels; i += Dxt::blockSize) {
-            auto const* const row = reinterpret_cast<Source const*>(pixels + i / Dxt::blockSize * rowBytes);
-            auto const firstHalf = loadBlockRows(row),
-                       secondHalf = loadBlockRows(row + Dxt::blockSize * lanes);
-            for (int x = 0; x < Dxt::blockSize; ++x) {
+        unrolled<Dxt::blockSize>([&](auto y) {
+            auto const* const row = pixels + y * stride;
+            auto const firstHalf = loadBlocks<blockRowBytes>(row),
+                       secondHalf = loadBlocks<blockRowBytes>(row + lanes * blockRowBytes);
+            unrolled<Dxt::blockSize>([&](auto x) {
                 auto const channel = [&](int number) {
-                    return Shorts((firstHalf[x] >> (8 * number) & 0xff) |
-                                  (secondHalf[x] >> (8 * number) & 0xff) << 16);
+                    return Shorts(sampleOf<Source>(firstHalf, x, number) |
+                                  sampleOf<Source>(secondHalf, x, number) << 16);
                 };
-                rgb.red[i + x] = channel(Order::red);
-                rgb.green[i + x] = channel(Order::green);
-                rgb.blue[i + x] = channel(Order::blue);
-            }
-        }
+                constexpr int i = y * Dxt::blockSize + x;
+                rgb.red[i] = channel(Order::red);
+                rgb.green[i] = channel(Order::green);
+                rgb.blue[i] = channel(Order::blue);
+            });
+        });
         return rgb;
     }
 

@@ -1,0 +1,174 @@
+// Blocks between memory and vectors. A block's bytes are words of 32 bits, the lowest byte first; a vector
+// holds one word of each of `lanes` blocks.
+#pragma once
+
+#include <MediaConversion/converters/kernels/Unrolled.h>
+#include <MediaConversion/converters/kernels/Vectors.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+namespace MediaConversion {
+namespace {
+
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "words are read and written as they lie in memory");
+
+/// The words of blocks of so many bytes. The last one may have bytes that are not the block's.
+template <int bytes>
+using BlockWords = std::array<Ints, (bytes + 3) / 4>;
+
+/// Whether blocks are loaded and stored in quads of four words. Vectors of 16 bytes cannot shuffle well
+/// enough for another way; for others it is the faster one where blocks are made of quads.
+template <int bytes>
+constexpr bool inQuads = lanes == 4 || bytes % 16 == 0;
+
+// Quads: squares of four words are transposed.
+
+/// In each quad of numbers: those of `a` (0..3) and `b` (4..7) that are named.
+template <int i0, int i1, int i2, int i3, int... lane>
+FloatVector quadsOf(FloatVector a, FloatVector b, std::integer_sequence<int, lane...>) {
+    constexpr int chosen[] = {i0, i1, i2, i3};
+    return __builtin_shufflevector(
+        a, b, (lane / 4 * 4 + chosen[lane % 4] + (chosen[lane % 4] < 4 ? 0 : lanes - 4))...);
+}
+
+template <int i0, int i1, int i2, int i3>
+FloatVector quadsOf(FloatVector a, FloatVector b) {
+    return quadsOf<i0, i1, i2, i3>(a, b, std::make_integer_sequence<int, lanes>());
+}
+
+/// Four vectors as the rows of squares of four numbers each; returns their columns.
+inline std::array<FloatVector, 4> transposed(FloatVector a, FloatVector b, FloatVector c, FloatVector d) {
+    FloatVector const ab01 = quadsOf<0, 4, 1, 5>(a, b), cd01 = quadsOf<0, 4, 1, 5>(c, d);
+    FloatVector const ab23 = quadsOf<2, 6, 3, 7>(a, b), cd23 = quadsOf<2, 6, 3, 7>(c, d);
+    return {quadsOf<0, 1, 4, 5>(ab01, cd01), quadsOf<2, 3, 6, 7>(ab01, cd01), //
+            quadsOf<0, 1, 4, 5>(ab23, cd23), quadsOf<2, 3, 6, 7>(ab23, cd23)};
+}
+
+// Shuffles: whole vectors, from which each vector of the other side takes its pieces.
+
+/// What is moved: words where blocks are made of them.
+template <int bytes>
+using Piece = std::conditional_t<bytes % 4 == 0, std::int32_t, std::uint8_t>;
+
+template <int bytes>
+using Pieces = VectorOf<Piece<bytes>, sizeof(IntVector)>;
+
+template <int bytes>
+constexpr int wordPieces = 4 / sizeof(Piece<bytes>);
+template <int bytes>
+constexpr int blockPieces = bytes / sizeof(Piece<bytes>);
+template <int bytes>
+constexpr int vectorPieces = lanes* wordPieces<bytes>;
+
+/// Where in the blocks piece `i` of the vector of a word comes from.
+template <int bytes, int word>
+struct InBlocks {
+    static constexpr int pieceFor(int i) {
+        constexpr int n = wordPieces<bytes>;
+        return i / n * blockPieces<bytes> + word * n + i % n;
+    }
+};
+
+/// Where in the vectors of all words piece `i` of a certain vector of the blocks comes from.
+template <int bytes, int vector>
+struct InWords {
+    static constexpr int pieceFor(int i) {
+        constexpr int n = wordPieces<bytes>;
+        int const piece = vector * vectorPieces<bytes> + i;
+        int const block = piece / blockPieces<bytes>, inBlock = piece % blockPieces<bytes>;
+        return block < lanes ? inBlock / n * vectorPieces<bytes> + block * n + inBlock % n : 0;
+    }
+};
+
+/// `before` with the pieces that come from `vector`, number `k`; with the first two all that come from both.
+template <class Place, int k, class Vector, int... i>
+Vector withPiecesOf(Vector vector, Vector before, std::integer_sequence<int, i...>) {
+    constexpr int width = sizeof...(i);
+    return __builtin_shufflevector(before, vector,
+                                   (Place::pieceFor(i) / width == k ? width + Place::pieceFor(i) % width
+                                    : k <= 1                        ? Place::pieceFor(i) % width
+                                                                    : i)...);
+}
+
+/// A vector of the pieces of several, from where `Place` says, counted through all of them.
+template <class Place, class Vector, std::size_t count>
+Vector gathered(std::array<Vector, count> const& from) {
+    using Numbers = std::make_integer_sequence<int, sizeof(Vector) / sizeof(from[0][0])>;
+    constexpr int first = count > 1;
+    Vector result = from[0];
+    unrolled<count - first>(
+        [&](auto i) { result = withPiecesOf<Place, first + i>(from[first + i], result, Numbers()); });
+    return result;
+}
+
+/// How many bytes `loadBlocks` reads: some more than the blocks have.
+template <int bytes>
+constexpr int loadedBytes = inQuads<bytes> ? (lanes - 1) * bytes + (bytes + 15) / 16 * 16
+                                           : lanes*((bytes + 3) / 4 * 4);
+
+// What happens to vectors by way of memory, or with numbers that are no constants, takes several times as
+// long.
+
+template <int bytes>
+BlockWords<bytes> loadBlocks(std::uint8_t const* blocks) {
+    constexpr int count = (bytes + 3) / 4;
+    BlockWords<bytes> words;
+    if constexpr (inQuads<bytes>) {
+        unrolled<(bytes + 15) / 16>([&](auto number) {
+            auto const quads = [&](int i) { return loadQuads(blocks + i * bytes + number * 16, 4 * bytes); };
+            auto const columns = transposed(quads(0), quads(1), quads(2), quads(3));
+            unrolled<std::min(4, count - 4 * number)>(
+                [&](auto i) { words[4 * number + i] = Ints(reinterpret_cast<IntVector>(columns[i])); });
+        });
+    } else {
+        std::array<Pieces<bytes>, count> vectors;
+        std::memcpy(&vectors, blocks, sizeof vectors);
+        unrolled<count>([&](auto word) {
+            words[word] = Ints(reinterpret_cast<IntVector>(gathered<InBlocks<bytes, word>>(vectors)));
+        });
+    }
+    return words;
+}
+
+/// A channel of one pixel of every block, as it is stored.
+template <class Source, std::size_t count>
+Ints sampleOf(std::array<Ints, count> const& words, int pixel, int channel) {
+    constexpr int bytes = sizeof(typename Source::Sample);
+    int const byte = (pixel * Source::channels + channel) * bytes;
+    if constexpr (bytes == 4)
+        return words[byte / 4];
+    else
+        return words[byte / 4] >> (byte % 4 * 8) & ((1 << 8 * bytes) - 1);
+}
+
+template <int bytes>
+void storeBlocks(BlockWords<bytes> const& words, std::uint8_t* blocks) {
+    constexpr int count = (bytes + 3) / 4;
+    if constexpr (bytes == 4) {
+        std::memcpy(blocks, words.data(), sizeof words);
+    } else if constexpr (inQuads<bytes>) {
+        FloatVector rows[4] = {};
+        unrolled<count>([&](auto i) { rows[i] = reinterpret_cast<FloatVector>(words[i].vector); });
+        auto const quads = transposed(rows[0], rows[1], rows[2], rows[3]);
+        auto const* const quadBytes = reinterpret_cast<std::uint8_t const*>(quads.data());
+        // What is too much of a quad is overwritten by the next one.
+        for (int lane = 0; lane < lanes; ++lane)
+            std::memcpy(blocks + lane * bytes, quadBytes + lane % 4 * sizeof(FloatVector) + lane / 4 * 16,
+                        std::min(16, (lanes - lane) * bytes));
+    } else {
+        std::array<Pieces<bytes>, count> vectors;
+        unrolled<count>([&](auto i) { vectors[i] = reinterpret_cast<Pieces<bytes>>(words[i].vector); });
+        unrolled<count>([&](auto number) {
+            constexpr int offset = number * sizeof(IntVector);
+            auto const pieces = gathered<InWords<bytes, number>>(vectors);
+            std::memcpy(blocks + offset, &pieces, std::min<int>(sizeof pieces, lanes * bytes - offset));
+        });
+    }
+}
+
+} // namespace
+} // namespace MediaConversion
