@@ -5,7 +5,10 @@
 #include <MediaConversion/MediaPipeline/FrameSinkDestination.h>
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/MediaPipeline/PackedFrame.h>
+#include <MediaConversion/converters/ImageRGBtoYCbCr42x.h>
+#include <MediaConversion/converters/ImageRGBtoYCoCgDXT5.h>
 #include <MediaConversion/converters/ImageToFullFrame.h>
+#include <MediaConversion/converters/ImageToPackedFrame.h>
 #include <MediaConversion/converters/ImageYCbCr42xToRGB.h>
 #include <MediaConversion/converters/ImageYCoCgDXT5toRGB.h>
 #include <MediaConversion/converters/InstructionSet.h>
@@ -19,9 +22,10 @@
 #include <functional>
 #include <iterator>
 #include <limits>
+#include <memory>
 #include <numeric>
-#include <random>
 #include <string>
+#include <vector>
 
 using namespace MediaConversion;
 using namespace Zentrel;
@@ -32,13 +36,33 @@ namespace {
 
 constexpr int rows = 2160, columns = 3840;
 
-cv::Mat noise() {
-    cv::Mat picture(rows, columns, CV_32FC4);
-    std::mt19937 random(1);
-    std::uniform_real_distribution<float> sample(0, 1);
-    std::generate_n(picture.ptr<float>(), picture.total() * picture.channels(),
-                    [&] { return sample(random); });
-    return picture;
+enum class Picture { Noise, Neutral };
+
+/// The matrix of a frame: random samples within their depth, or all channels of a pixel equal.
+cv::Mat matrixOf(FrameFormat const& format, Picture picture) {
+    if (!FullFrame::is(format)) { // of which any bytes are a frame
+        cv::Mat const blocks(PackedFrame::packedRows(format, rows),
+                             PackedFrame::packedColumns(format, columns),
+                             PackedFrame::openCvTypes.at(format));
+        cv::Mat bytes(blocks.rows, blocks.cols, CV_8UC(static_cast<int>(blocks.elemSize())), blocks.data);
+        cv::randu(bytes, 0, 256);
+        return blocks;
+    }
+    constexpr double aboveRange[] = {256, 1024, 4096, 32769, 65536, 1};
+    cv::Mat matrix(rows, columns, FullFrame::openCvTypes.at(format));
+    cv::randu(matrix, cv::Scalar::all(0), cv::Scalar::all(aboveRange[static_cast<int>(format.channelType)]));
+    if (picture == Picture::Neutral) {
+        cv::Mat grey;
+        cv::extractChannel(matrix, grey, 0);
+        cv::merge(std::vector<cv::Mat>(matrix.channels(), grey), matrix);
+    }
+    return matrix;
+}
+
+std::unique_ptr<IImageFrame> frameOf(FrameFormat const& format, cv::Mat const& matrix) {
+    if (FullFrame::is(format))
+        return std::make_unique<FullFrame>(format, matrix, Frame::Origin::TopLeft);
+    return std::make_unique<PackedFrame>(format, matrix, Frame::Origin::TopLeft);
 }
 
 #if defined(__x86_64__)
@@ -91,25 +115,19 @@ void measure(benchmark::State& state, cv::Mat const& input, Convert const& conve
     state.counters["MP/s"] = rows * columns / best / 1e6;
 }
 
-void encode(benchmark::State& state, cv::Mat const& picture, FrameFormat const& destination) {
+/// From one format to another as the Encoder does it, in one step or several.
+void encode(benchmark::State& state, FrameFormat const& source, FrameFormat const& destination,
+            Picture picture) {
+    cv::Mat const matrix = matrixOf(source, picture);
     FrameSinkDestination sink;
-    Encoder encoder(F::BGRA_F32(), destination);
+    Encoder encoder(source, destination);
     encoder.connect(&sink);
     encoder.start();
-    measure(state, picture, [&] {
-        encoder.encodeFrame(std::make_unique<FullFrame>(F::BGRA_F32(), picture, Frame::Origin::TopLeft));
+    measure(state, matrix, [&] {
+        encoder.encodeFrame(frameOf(source, matrix));
         return dynamic_cast<IImageFrame&>(*sink.frame()).image();
     });
     encoder.stop();
-}
-
-/// Any bytes are a packed frame.
-void decode(benchmark::State& state, cv::Mat const& bytes, FrameFormat const& source,
-            FrameFormat const& destination, ImageToFullFrame::Conversion const& conversion) {
-    cv::Mat const blocks(PackedFrame::packedRows(source, rows), PackedFrame::packedColumns(source, columns),
-                         PackedFrame::openCvTypes.at(source), bytes.data);
-    PackedFrame const frame(source, blocks, Frame::Origin::TopLeft);
-    measure(state, blocks, [&] { return conversion(frame, destination).image(); });
 }
 
 template <class Action>
@@ -127,37 +145,49 @@ void registerFor(std::string const& name, Action const& action) {
                 ->Unit(benchmark::kMillisecond);
 }
 
-template <class Processor>
-void registerDecoders(cv::Mat const& bytes) {
+std::string nameOf(FrameFormat const& source, FrameFormat const& destination) {
+    return FrameFormat::toString(source) + "/" + FrameFormat::toString(destination);
+}
+
+/// All rows of a processor's table.
+template <class Processor, class Source>
+void registerTable() {
     for (auto const& [formats, conversion] : Processor::conversions()) {
         auto const& [source, destination] = formats;
-        registerFor(FrameFormat::toString(source) + "/" + FrameFormat::toString(destination),
-                    [&, source = source, destination = destination, conversion = conversion](
-                        benchmark::State& state) { decode(state, bytes, source, destination, conversion); });
+        registerFor(nameOf(source, destination), [source = source, destination = destination,
+                                                  conversion = conversion](benchmark::State& state) {
+            cv::Mat const matrix = matrixOf(source, Picture::Noise);
+            Source const frame(source, matrix, Frame::Origin::TopLeft);
+            measure(state, matrix, [&] { return conversion(frame, destination).image(); });
+        });
     }
 }
 
-void registerAll(cv::Mat const& picture, cv::Mat const& bytes) {
-    for (auto const& destination : {P::RGB_DPX_FILLED_U10(), P::RGB_SMPTE_2110_U12(),
-                                    P::YCBCR_ITU_T871_YUYV_422_U8(), P::YCBCR_ITU_T871_9ZT_422_U10(),
-                                    P::YCBCR_ITU_T871_9ZT_420_U8(), P::YCBCRA_ITU_T871_9ZT_4224_HYBRID_U12(),
-                                    P::YCOCG_DXT5_U8(), F::BGRA_U8(), F::BGR_U8(), F::RGBA_U8()})
-        registerFor(FrameFormat::toString(destination), [&picture, destination](benchmark::State& state) {
-            encode(state, picture, destination);
+void registerAll() {
+    for (auto const& destination : {P::YCOCG_DXT5_U8(), F::BGRA_U8(), F::BGR_U8(), F::RGBA_U8()})
+        registerFor(nameOf(F::BGRA_F32(), destination), [destination](benchmark::State& state) {
+            encode(state, F::BGRA_F32(), destination, Picture::Noise);
         });
-    registerDecoders<ImageToFullFrame>(bytes);
-    registerDecoders<ImageYCbCr42xToRGB>(bytes);
-    registerDecoders<ImageYCoCgDXT5toRGB>(bytes);
+    // Equal samples are where rounding is least certain.
+    for (auto const& destination :
+         {P::RGB_SMPTE_2110_U12(), P::YCBCR_ITU_T871_YUYV_422_U8(), P::YCBCR_ITU_T871_9ZT_422_U10(),
+          P::YCBCR_ITU_T871_9ZT_420_U8(), P::YCBCRA_ITU_T871_9ZT_4224_HYBRID_U12()})
+        registerFor(nameOf(F::BGRA_F32(), destination) + "/neutral", [destination](benchmark::State& state) {
+            encode(state, F::BGRA_F32(), destination, Picture::Neutral);
+        });
+    registerTable<ImageToPackedFrame, FullFrame>();
+    registerTable<ImageRGBtoYCbCr42x, FullFrame>();
+    registerTable<ImageRGBtoYCoCgDXT5, FullFrame>();
+    registerTable<ImageToFullFrame, PackedFrame>();
+    registerTable<ImageYCbCr42xToRGB, PackedFrame>();
+    registerTable<ImageYCoCgDXT5toRGB, PackedFrame>();
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     ImageFrame::setMemoryPool(std::make_shared<SelfPruningMemoryPool<HostMemoryResource, true>>(3));
-    cv::Mat const picture = noise();
-    cv::Mat bytes(rows, columns, CV_8UC(5)); // as many as the largest packed frame has
-    cv::randu(bytes, 0, 256);
     benchmark::Initialize(&argc, argv);
-    registerAll(picture, bytes);
+    registerAll();
     benchmark::RunSpecifiedBenchmarks();
 }
