@@ -20,10 +20,13 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "words are read and wri
 template <int bytes>
 using BlockWords = std::array<Ints, (bytes + 3) / 4>;
 
-/// Whether blocks are loaded and stored in quads of four words. Vectors of 16 bytes cannot shuffle well
-/// enough for another way; for others it is the faster one where blocks are made of quads.
+// Blocks are loaded and stored in quads of four words, or with shuffles of whole vectors. What is faster was
+// measured: vectors of 16 bytes cannot shuffle well enough, those of 32 bytes do for storing only, and where
+// blocks are made of quads all do without.
 template <int bytes>
-constexpr bool inQuads = lanes == 4 || bytes % 16 == 0;
+constexpr bool loadedInQuads = lanes < 16 || bytes % 16 == 0;
+template <int bytes>
+constexpr bool storedInQuads = lanes == 4 || bytes % 16 == 0;
 
 // Quads: squares of four words are transposed.
 
@@ -107,8 +110,8 @@ Vector gathered(std::array<Vector, count> const& from) {
 
 /// How many bytes `loadBlocks` reads: some more than the blocks have.
 template <int bytes>
-constexpr int loadedBytes = inQuads<bytes> ? (lanes - 1) * bytes + (bytes + 15) / 16 * 16
-                                           : lanes*((bytes + 3) / 4 * 4);
+constexpr int loadedBytes = loadedInQuads<bytes> ? (lanes - 1) * bytes + (bytes + 15) / 16 * 16
+                                                 : lanes*((bytes + 3) / 4 * 4);
 
 // What happens to vectors by way of memory, or with numbers that are no constants, takes several times as
 // long.
@@ -117,7 +120,7 @@ template <int bytes>
 BlockWords<bytes> loadBlocks(std::uint8_t const* blocks) {
     constexpr int count = (bytes + 3) / 4;
     BlockWords<bytes> words;
-    if constexpr (inQuads<bytes>) {
+    if constexpr (loadedInQuads<bytes>) {
         unrolled<(bytes + 15) / 16>([&](auto number) {
             auto const quads = [&](int i) { return loadQuads(blocks + i * bytes + number * 16, 4 * bytes); };
             auto const columns = transposed(quads(0), quads(1), quads(2), quads(3));
@@ -150,7 +153,7 @@ void storeBlocks(BlockWords<bytes> const& words, std::uint8_t* blocks) {
     constexpr int count = (bytes + 3) / 4;
     if constexpr (bytes == 4) {
         std::memcpy(blocks, words.data(), sizeof words);
-    } else if constexpr (inQuads<bytes>) {
+    } else if constexpr (storedInQuads<bytes>) {
         FloatVector rows[4] = {};
         unrolled<count>([&](auto i) { rows[i] = reinterpret_cast<FloatVector>(words[i].vector); });
         auto const quads = transposed(rows[0], rows[1], rows[2], rows[3]);
