@@ -4,6 +4,7 @@
 set -euo pipefail
 
 cd "$(dirname "$0")/.."
+scripts/install-dependencies.sh build test
 cmake --preset release -DBUILD_TESTING=ON
 cmake --build --preset release -j "$(nproc)" --target robustness_tests
 # Each test does so five times with each of two signals.
