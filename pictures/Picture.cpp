@@ -6,9 +6,18 @@
 #include <charconv>
 #include <stdexcept>
 #include <system_error>
+#include <vector>
 
 namespace ZetTool {
 namespace {
+
+/// The values of all half-floats: looking one up is faster than making it.
+const std::vector<float> halves = [] {
+    std::vector<float> values;
+    for (std::uint32_t half = 0; half <= 0xffff; ++half)
+        values.push_back(floatOfHalf(static_cast<std::uint16_t>(half)));
+    return values;
+}();
 
 /// Every `stride`-th sample, as a float.
 template <class Sample, class ToFloat>
@@ -59,7 +68,7 @@ void Picture::readRow(int y, int x, int r, EmbeddedHost::PictureChannel channel,
         const std::ptrdiff_t sample = pixel * block.channels + places[static_cast<std::size_t>(channel)];
         if (block.halfFloats)
             gather(reinterpret_cast<const std::uint16_t*>(block.samples->data()) + sample, block.channels, to,
-                   last - first, floatOfHalf);
+                   last - first, [](std::uint16_t half) { return halves[half]; });
         else
             gather(reinterpret_cast<const float*>(block.samples->data()) + sample, block.channels, to,
                    last - first, [](float value) { return value; });

@@ -69,8 +69,9 @@ Picture readPicture(const std::filesystem::path& file) {
     } catch (const std::bad_alloc&) {
         refuse(file, "not enough memory for " + block.size.text() + " pixels");
     }
-    const bool complete = input->read_image(0, 0, begin, end, halfFloats ? OIIO::TypeHalf : OIIO::TypeFloat,
-                                            block.samples->data());
+    // Half-floats are asked for by no name: then they come as they are, without a copy.
+    const bool complete = input->read_image(
+        0, 0, begin, end, halfFloats ? OIIO::TypeUnknown : OIIO::TypeFloat, block.samples->data());
     // Some readers fill up what a cut-off file lacks, and say so only here.
     if (!complete || input->has_error())
         refuse(file, input->geterror());
