@@ -1,4 +1,5 @@
 // What the tool makes of picture files, and the chart that it draws itself.
+#include <pictures/HalfFloat.h>
 #include <pictures/Picture.h>
 #include <pictures/Transfer.h>
 #include <tests/TestSupport.h>
@@ -7,6 +8,7 @@
 #include <tools/zet/PictureFile.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -31,6 +33,21 @@ class PictureTest : public Test {
 protected:
     const TemporaryFolder folder;
 };
+
+TEST(HalfFloat, HasTheValueOfEveryBitPattern) {
+    for (unsigned half = 0; half <= 0xffff; ++half) {
+        const int exponent = static_cast<int>(half >> 10 & 31), mantissa = static_cast<int>(half & 1023);
+        const float value = floatOfHalf(static_cast<std::uint16_t>(half));
+        const double magnitude = exponent == 31  ? HUGE_VAL
+                                 : exponent == 0 ? std::ldexp(mantissa, -24)
+                                                 : std::ldexp(1024 + mantissa, exponent - 25);
+        EXPECT_EQ(std::signbit(value), half >> 15 != 0) << half;
+        if (exponent == 31 && mantissa != 0)
+            EXPECT_TRUE(std::isnan(value)) << half;
+        else
+            EXPECT_EQ(std::fabs(value), magnitude) << half;
+    }
+}
 
 TEST_F(PictureTest, FindsTheChannelsToShow) {
     // The channels of the file, of which the n-th holds n; red, green, blue and, when there is one, alpha.

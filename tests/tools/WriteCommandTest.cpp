@@ -173,6 +173,7 @@ TEST_F(WriteCommandTest, WhatCannotBeginSaysWhyAndWritesNothing) {
              {{"none.%d.png", "-o", "out/x%d.zet"}, "no picture matches \"none.%d.png\""},
              {{"s.%d.png", "--chart", "8x8", "-o", "out/x%d.zet"}, "--chart"},
              {{"--chart", "8", "-o", "out/x%d.zet"}, "\"8\""},
+             {{"--chart", "1920x1080", "-o", "out/x%d.zet", "--memory", "100MB"}, "needs 270MB"},
          }) {
         const ProcessResult result = write(arguments);
         EXPECT_EQ(result.exitCode, 2) << message;
@@ -251,10 +252,16 @@ TEST_F(WriteCommandTest, SaysAsMuchAsIsAskedFor) {
     EXPECT_THAT(write(call, {"--jobs=2"}).output,
                 HasSubstr("wrote out/01.zet to out/02.zet (2 frames of 12x8"));
 
+    EXPECT_THAT(write(call, {"--jobs=2", "--memory=161MB"}).output, HasSubstr("wrote out/01.zet"));
+    EXPECT_THAT(
+        write({"--chart", "1920x1080", "-o", "out/%02d.zet", "--jobs=2", "--memory=270MB", "--dry-run"})
+            .output,
+        HasSubstr("note: 1 frame at once"));
+
     EXPECT_EQ(write(call, {"--quiet"}).output, "");
     EXPECT_THAT(write({"--help"}).output, AllOf(HasSubstr("Exit status"), HasSubstr("422-10")));
     EXPECT_THAT(Process({ZET_PROGRAM, "--version"}, folder.path()).wait().output,
-                HasSubstr("library 0.1.31 Beta"));
+                AllOf(HasSubstr("library 0.1.31 Beta"), HasSubstr("instructions")));
 }
 
 } // namespace
