@@ -12,16 +12,17 @@ bench=(libbenchmark-dev)
 fuzz=(clang libclang-rt-14-dev)
 farm=(slurmctld slurmd slurm-client munge)
 coverage=(gcovr)
+peers=(ffmpeg libswscale-dev libavcodec-dev libavutil-dev libzimg-dev pkg-config) # to compare with
 
 wanted=()
 for group in "$@"; do
     case $group in
-    build | test | bench | fuzz | farm | coverage)
+    build | test | bench | fuzz | farm | coverage | peers)
         declare -n packages=$group
         wanted+=("${packages[@]}")
         ;;
     *)
-        echo "$0: unknown group \"$group\": expected build, test, bench, fuzz, farm or coverage" >&2
+        echo "$0: unknown group \"$group\": expected build, test, bench, fuzz, farm, coverage or peers" >&2
         exit 2
         ;;
     esac
