@@ -39,11 +39,13 @@ void convert(benchmark::State& state, Size const& size, OutputFormat const& outp
     encoder.start();
     std::unique_ptr<Zentrel::IFrame> converted;
     auto const once = [&] {
+        converted.reset();
         encoder.encodeFrame(std::make_unique<FullFrame>(FullFrameFormat::BGRA_F32(), picture,
                                                         Zentrel::Frame::Origin::TopLeft));
         converted = sink.frame();
     };
-    once();
+    for (int warming = 0; warming < 3; ++warming)
+        once();
     Benchmarks::compareWithStream(state, picture,
                                   dynamic_cast<Zentrel::IImageFrame&>(*converted).image().clone(), once);
     encoder.stop();
