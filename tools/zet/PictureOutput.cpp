@@ -87,8 +87,10 @@ void writePixels(const std::string& fileType, const OIIO::ImageSpec& spec, const
                  const OutputFile& file) {
     OIIO::Filesystem::IOVecOutput memory; // outlives the output, which may refer to it to its end
     const Output output = OIIO::ImageOutput::create(fileType);
-    if (output->supports("ioproxy"))
-        output->set_ioproxy(&memory); // which some types nevertheless leave empty
+    // Some types that support it leave the memory empty. TIFF needs to read there what it wrote, which it
+    // cannot.
+    if (fileType != "tiff" && output->supports("ioproxy"))
+        output->set_ioproxy(&memory);
     const OIIO::TypeDesc samples = pixels.depth() == CV_8U ? OIIO::TypeUInt8 : OIIO::TypeFloat;
     if (!output->open(file.temporary().string(), spec) || !output->write_image(samples, pixels.data) ||
         !output->close()) {
