@@ -21,8 +21,8 @@ template <int bytes>
 using BlockWords = std::array<Ints, (bytes + 3) / 4>;
 
 // Blocks are loaded and stored in quads of four words, or with shuffles of whole vectors. What is faster was
-// measured: vectors of 16 bytes cannot shuffle well enough, those of 32 bytes do for storing only, and where
-// blocks are made of quads all do without.
+// measured: vectors of 16 bytes cannot shuffle well enough, those of 32 bytes can for storing only, and for
+// blocks made of quads shuffles are never better.
 template <int bytes>
 constexpr bool loadedInQuads = lanes < 16 || bytes % 16 == 0;
 template <int bytes>
@@ -113,8 +113,8 @@ template <int bytes>
 constexpr int loadedBytes = loadedInQuads<bytes> ? (lanes - 1) * bytes + (bytes + 15) / 16 * 16
                                                  : lanes*((bytes + 3) / 4 * 4);
 
-// What happens to vectors by way of memory, or with numbers that are no constants, takes several times as
-// long.
+// Arrays of vectors are indexed with constants and copied without memcpy: by way of memory all of this takes
+// up to twice as long.
 
 template <int bytes>
 BlockWords<bytes> loadBlocks(std::uint8_t const* blocks) {
