@@ -47,7 +47,8 @@ void convert(benchmark::State& state, Size const& size, OutputFormat const& outp
     for (int warming = 0; warming < 3; ++warming)
         once();
     Benchmarks::compareWithStream(state, picture,
-                                  dynamic_cast<Zentrel::IImageFrame&>(*converted).image().clone(), once);
+                                  dynamic_cast<Zentrel::IImageFrame&>(*converted).image().clone(),
+                                  static_cast<double>(picture.total()), once);
     encoder.stop();
 }
 

@@ -1,6 +1,8 @@
 // How long a conversion of a frame takes, as a multiple of a pass that only reads the same frame and writes
 // as many bytes as the conversion does. Both run alternately, and the best time of each counts: what else the
 // machine does slows both down.
+#include "StreamingPass.h"
+
 #include <MediaConversion/MediaPipeline/Encoder.h>
 #include <MediaConversion/MediaPipeline/FrameSinkDestination.h>
 #include <MediaConversion/MediaPipeline/FullFrame.h>
@@ -12,18 +14,10 @@
 #include <MediaConversion/converters/ImageYCbCr42xToRGB.h>
 #include <MediaConversion/converters/ImageYCoCgDXT5toRGB.h>
 #include <MediaConversion/converters/InstructionSet.h>
-#include <MediaConversion/converters/ParallelRows.h>
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstring>
-#include <functional>
-#include <iterator>
-#include <limits>
 #include <memory>
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -35,6 +29,7 @@ using P = PackedFrameFormat;
 namespace {
 
 constexpr int rows = 2160, columns = 3840;
+constexpr double pixels = double{rows} * columns;
 
 enum class Picture { Noise, Neutral };
 
@@ -65,54 +60,10 @@ std::unique_ptr<IImageFrame> frameOf(FrameFormat const& format, cv::Mat const& m
     return std::make_unique<PackedFrame>(format, matrix, Frame::Origin::TopLeft);
 }
 
-#if defined(__x86_64__)
-#define FOR_WIDEST_VECTORS __attribute__((target_clones("avx512f", "avx2", "default")))
-#else
-#define FOR_WIDEST_VECTORS
-#endif
-
-FOR_WIDEST_VECTORS std::uint64_t bitsOf(std::uint64_t const* samples, std::size_t count) {
-    std::uint64_t bits[32] = {};
-    for (std::size_t i = 0; i + 32 <= count; i += 32)
-        for (std::size_t k = 0; k < 32; ++k)
-            bits[k] |= samples[i + k];
-    return std::accumulate(std::begin(bits), std::end(bits), std::uint64_t{0}, std::bit_or<>());
-}
-
-/// Reads the whole input and writes all of `output`.
-void stream(cv::Mat const& input, cv::Mat& output) {
-    parallelRows(rows, [&](int row) {
-        auto const begin = [row](cv::Mat const& matrix, int rowsOn = 0) {
-            return matrix.data + matrix.total() * matrix.elemSize() * (row + rowsOn) / rows;
-        };
-        auto const bits = bitsOf(reinterpret_cast<std::uint64_t const*>(begin(input)),
-                                 (begin(input, 1) - begin(input)) / sizeof(std::uint64_t));
-        std::memset(begin(output), static_cast<int>(bits & 1), begin(output, 1) - begin(output));
-    });
-}
-
-template <class Action>
-double secondsOf(Action const& action) {
-    auto const start = std::chrono::steady_clock::now();
-    action();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
 /// Conversions one after another, with pooled memory; `convert()` gives the output.
 template <class Convert>
 void measure(benchmark::State& state, cv::Mat const& input, Convert const& convert) {
-    double best = std::numeric_limits<double>::max(), bestStream = best;
-    for (auto _ : state) {
-        cv::Mat output;
-        double const seconds = secondsOf([&] { output = convert(); });
-        bestStream = std::min(bestStream, secondsOf([&] { stream(input, output); }));
-        best = std::min(best, seconds);
-        state.SetIterationTime(seconds);
-    }
-    state.counters["ratio"] = best / bestStream;
-    state.counters["stream_ms"] = bestStream * 1e3;
-    state.counters["best_ms"] = best * 1e3;
-    state.counters["MP/s"] = rows * columns / best / 1e6;
+    Benchmarks::compareWithStream(state, input, convert().clone(), pixels, convert);
 }
 
 /// From one format to another as the Encoder does it, in one step or several.

@@ -18,6 +18,7 @@ extern "C" {
 namespace {
 
 constexpr int rows = 2160, columns = 3840;
+constexpr double pixels = double{rows} * columns;
 
 void require(bool condition, const char* what) {
     if (!condition)
@@ -51,7 +52,7 @@ void swscale(benchmark::State& state, AVPixelFormat format, double bytesPerPixel
     std::ptrdiff_t const plane = std::ptrdiff_t{step} * rows;
     std::uint8_t const* const from[] = {picture.data, picture.data + plane, picture.data + 2 * plane,
                                         nullptr};
-    Benchmarks::compareWithStream(state, picture, bytesFor(bytesPerPixel), [&] {
+    Benchmarks::compareWithStream(state, picture, bytesFor(bytesPerPixel), pixels, [&] {
         sws_scale(context.get(), from, steps, 0, rows, frame->data, frame->linesize);
     });
 }
@@ -99,7 +100,7 @@ void zimg(benchmark::State& state, unsigned bits, unsigned verticalShift) {
         out.plane[i] = {plane.data, static_cast<std::ptrdiff_t>(plane.step[0]), ZIMG_BUFFER_MAX};
     }
     Benchmarks::compareWithStream(state, picture, bytesFor((1 + 1.0 / (1 << verticalShift)) * sampleBytes),
-                                  [&] {
+                                  pixels, [&] {
                                       zimg_filter_graph_process(graph.get(), &in, &out, scratch.data, nullptr,
                                                                 nullptr, nullptr, nullptr);
                                   });
@@ -132,7 +133,7 @@ void hapQ(benchmark::State& state) {
     frame->linesize[0] = static_cast<int>(picture.step[0]);
     auto const freePacket = [](AVPacket* packet) { av_packet_free(&packet); };
     std::unique_ptr<AVPacket, void (*)(AVPacket*)> const packet(av_packet_alloc(), freePacket);
-    Benchmarks::compareWithStream(state, picture, bytesFor(1), [&] {
+    Benchmarks::compareWithStream(state, picture, bytesFor(1), pixels, [&] {
         avcodec_send_frame(context.get(), frame.get());
         avcodec_receive_packet(context.get(), packet.get());
         av_packet_unref(packet.get());
