@@ -43,11 +43,15 @@ OIIO::TypeDesc sampleType(const FrameFormat& decoded) {
     }
 }
 
-OIIO::ImageSpec specOf(const MediaConversion::ZentrelMediaFileInfo& info, OIIO::string_view colourSpace) {
+/// Of colour space and alpha nothing is in the file.
+OIIO::ImageSpec specOf(const MediaConversion::ZentrelMediaFileInfo& info, OIIO::string_view colourSpace,
+                       bool straight) {
     const FrameFormat& format = info.format;
     OIIO::ImageSpec spec(info.width, info.height, ZetTool::holdsAlpha(format) ? 4 : 3,
                          sampleType(decodedFormat(format)));
     spec.attribute("oiio:ColorSpace", colourSpace);
+    if (straight && spec.nchannels == 4)
+        spec.attribute("oiio:UnassociatedAlpha", 1);
     spec.attribute("oiio:BitsPerSample", ZetTool::bitsOf(format));
     spec.attribute("zet:format", ZetTool::closestOutputFormat(format).shortName);
     spec.attribute("zet:pixelFormat", FrameFormat::toString(format));
@@ -86,7 +90,8 @@ bool MediaFileInput::open(const std::string& name, OIIO::ImageSpec& spec, const 
         ioproxy_retrieve_from_config(hints);
         StreamFactory streams(ioproxy());
         m_spec = specOf(MediaConversion::ZentrelMediaFileReader(streams).readInfo(name),
-                        hints.get_string_attribute("oiio:ColorSpace", "sRGB"));
+                        hints.get_string_attribute("oiio:ColorSpace", "sRGB"),
+                        hints.get_int_attribute("oiio:UnassociatedAlpha") != 0);
         file = name;
         pixels.reset();
         spec = m_spec;

@@ -31,6 +31,7 @@ struct PictureHeader {
     bool hasAlpha = false;
     bool premultiplied = false; ///< colour is multiplied by alpha in the file
     bool floatSamples = false;
+    std::uint64_t bytes = 0; ///< in memory once read: of the part that the file holds
     std::string colourSpace; ///< the file's or its reader's tag, such as "sRGB" or "Linear"; may be empty
 };
 

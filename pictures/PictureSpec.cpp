@@ -30,12 +30,29 @@ Picture::ChannelPlaces findChannels(const OIIO::ImageSpec& spec) {
     return {colours[0], colours[1], colours[2], alpha};
 }
 
+std::pair<int, int> channelRun(const Picture::ChannelPlaces& places) {
+    const bool hasAlpha = places.back() >= 0;
+    const auto [first, last] =
+        std::minmax_element(places.begin(), hasAlpha ? places.end() : places.end() - 1);
+    return {*first, *last + 1};
+}
+
+PixelBlock blockOf(const OIIO::ImageSpec& spec) {
+    const auto [begin, end] = channelRun(findChannels(spec));
+    return {spec.x - spec.full_x,
+            spec.y - spec.full_y,
+            {spec.width, spec.height},
+            end - begin,
+            spec.format == OIIO::TypeHalf && spec.channelformats.empty()};
+}
+
 PictureHeader describe(const OIIO::ImageSpec& spec) {
     PictureHeader header;
     header.size = {spec.full_width, spec.full_height};
     header.hasAlpha = findChannels(spec).back() >= 0;
     header.premultiplied = header.hasAlpha && spec.get_int_attribute("oiio:UnassociatedAlpha") == 0;
     header.floatSamples = spec.format.is_floating_point();
+    header.bytes = blockOf(spec).bytes();
     header.colourSpace = spec.get_string_attribute("oiio:ColorSpace");
     return header;
 }

@@ -60,8 +60,8 @@ void installMemoryPool() {
 /// Begins to fetch memory that will be written soon.
 void fetchForWriting(const float* first, const float* last) {
     constexpr std::ptrdiff_t cacheLine = 64 / sizeof(float);
-    for (; first < last; first += cacheLine)
-        __builtin_prefetch(first, 1);
+    for (std::ptrdiff_t i = 0; i < last - first; i += cacheLine)
+        __builtin_prefetch(first + i, 1);
 }
 
 DD::Image::Writer* build(DD::Image::Write* write) {

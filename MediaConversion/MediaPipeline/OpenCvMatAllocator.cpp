@@ -2,8 +2,6 @@
 
 #include <opencv2/core.hpp>
 
-#include <stdexcept>
-
 namespace Zentrel {
 
 namespace {
@@ -68,8 +66,6 @@ cv::UMatData* OpenCvMatAllocator::allocate(int dims, const int* sizes, int type,
     auto keepAlive = std::make_unique<KeepAlive>(weak_from_this().lock());
     auto result = std::make_unique<cv::UMatData>(this);
     result->data = result->origdata = data ? static_cast<std::uint8_t*>(data) : acquire(total);
-    if (!result->data) // OpenCV would take it for memory
-        throw std::runtime_error("Could not acquire memory resource of size " + std::to_string(total));
     result->size = total;
     if (data)
         result->flags |= cv::UMatData::USER_ALLOCATED;

@@ -31,8 +31,8 @@ public:
     void release(std::uint8_t* buffer) const;
 
     /// Memory for a matrix, or a record of the caller's memory when `data` is given. Throws cv::Exception for
-    /// steps that are smaller than the rows that they separate, std::runtime_error when the pool has no
-    /// memory to give.
+    /// steps that are smaller than the rows that they separate. When the pool gives none, neither does this:
+    /// the matrix's data is null.
     cv::UMatData* allocate(int dims, const int* sizes, int type, void* data, size_t* step,
                            OpenCvAccessFlag flags, cv::UMatUsageFlags usageFlags) const override;
     /// Always false: there is no device memory.

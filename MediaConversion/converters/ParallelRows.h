@@ -22,8 +22,8 @@ void parallelRows(int rows, Kernel const& kernel) {
         }
 
         Kernel const& kernel;
-        // OpenCV orders the workers' steps before and after the caller's. This says so once more, for the thread
-        // sanitizer, which does not see into OpenCV.
+        // OpenCV orders the workers' steps before and after the caller's. This says so once more, for the
+        // thread sanitizer, which does not see into OpenCV.
         mutable std::atomic<int> order{0};
     };
 

@@ -70,12 +70,6 @@ template <class Layout>
 constexpr int blockBytes = Layout::wordBytes * 3 * Layout::pixels /
                            static_cast<int>(std::size(Layout::lowestBits));
 
-/// How far the word is to be shifted for its byte number `byte` in memory.
-template <class Layout>
-constexpr int byteShift(int byte) {
-    return 8 * (Layout::firstByte == FirstByte::Least ? byte : Layout::wordBytes - 1 - byte);
-}
-
 /// A layout's word, of which the byte that comes first in memory is to be the lowest.
 template <class Layout, class Int>
 Int firstByteLowest(Int const& word) {
@@ -83,7 +77,7 @@ Int firstByteLowest(Int const& word) {
         return word;
     Int bytes = 0;
     for (int byte = 0; byte < Layout::wordBytes; ++byte)
-        bytes = bytes | ((word >> byteShift<Layout>(byte)) & 0xff) << (8 * byte);
+        bytes = bytes | ((word >> (8 * (Layout::wordBytes - 1 - byte))) & 0xff) << (8 * byte);
     return bytes;
 }
 

@@ -13,7 +13,7 @@ Int wordAt(std::array<Int, count> const& words, int bit) {
     int const shift = bit % 32;
     if (shift == 0)
         return words[word];
-    Int const low = (words[word] >> shift) & ((1 << (32 - shift)) - 1);
+    Int const low = (words[word] >> shift) & static_cast<int>(0xffffffffu >> shift);
     return word + 1 < count ? low | words[word + 1] << (32 - shift) : low;
 }
 

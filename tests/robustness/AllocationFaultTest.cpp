@@ -137,41 +137,4 @@ TEST_P(AllocationFaultTest, FailsTheFrameInThePlugIn) {
 INSTANTIATE_TEST_SUITE_P(, AllocationFaultTest, Values(false, true),
                          [](const auto& which) { return which.param ? "AndAllBehindIt" : "Alone"; });
 
-/// Has no more than so many buffers.
-class SmallPool final : public IMemoryPool {
-public:
-    explicit SmallPool(int mostAcquisitions) : left(mostAcquisitions) {}
-    IMemoryResource* acquire(std::uint64_t size) override {
-        return left-- > 0 ? pool.acquire(size) : nullptr;
-    }
-    void release(IMemoryResource* resource) override { pool.release(resource); }
-    std::size_t count() const override { return pool.count(); }
-
-private:
-    SelfPruningMemoryPool<HostMemoryResource, false> pool{1};
-    int left;
-};
-
-TEST(EmptyPool, IsAnErrorOfWhateverNeedsMemory) {
-    using F = Zentrel::FullFrameFormat;
-    for (const OutputFormat& output : outputFormats) {
-        int buffers = 0;
-        for (bool written = false; !written; ++buffers) {
-            Zentrel::ImageFrame::setMemoryPool(std::make_shared<SmallPool>(buffers));
-            try {
-                FrameSinkDestination destination;
-                MediaConversion::Encoder encoder(F::BGRA_F32(), output.format());
-                encoder.connect(&destination);
-                encoder.start();
-                encoder.encodeFrame(Zentrel::FullFrame::create(F::BGRA_F32(), 4, 8));
-                written = true;
-            } catch (const std::exception& exception) {
-                EXPECT_THAT(exception.what(), HasSubstr("memory")) << output.label << ", " << buffers;
-            }
-        }
-        EXPECT_GE(buffers, 3) << output.label;
-    }
-    Zentrel::ImageFrame::setMemoryPool(nullptr);
-}
-
 } // namespace

@@ -165,7 +165,8 @@ Chart::Chart(const PictureSize& size) {
 }
 
 PictureHeader Chart::header() const {
-    return {{background.cols, background.rows}, true, false, true, "sRGB"};
+    const std::uint64_t bytes = background.total() * background.elemSize();
+    return {{background.cols, background.rows}, true, false, true, bytes, "sRGB"};
 }
 
 Picture Chart::draw(int frame) const {

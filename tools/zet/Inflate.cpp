@@ -28,18 +28,12 @@ private:
 /// As zlib documents it.
 extern "C" int uncompress(Bytef* to, uLongf* toBytes, const Bytef* from, uLong fromBytes) {
     static thread_local const Decompressor decompressor;
-    if (!decompressor.get())
-        return Z_MEM_ERROR;
     std::size_t written = 0;
-    const auto result =
-        libdeflate_zlib_decompress(decompressor.get(), from, fromBytes, to, *toBytes, &written);
-    *toBytes = static_cast<uLongf>(written);
-    switch (result) {
-    case LIBDEFLATE_SUCCESS:
+    if (decompressor.get() && libdeflate_zlib_decompress(decompressor.get(), from, fromBytes, to, *toBytes,
+                                                         &written) == LIBDEFLATE_SUCCESS) {
+        *toBytes = static_cast<uLongf>(written);
         return Z_OK;
-    case LIBDEFLATE_INSUFFICIENT_SPACE:
-        return Z_BUF_ERROR;
-    default:
-        return Z_DATA_ERROR;
     }
+    // What fails does so as with zlib, which tells more and keeps what came out until then.
+    return uncompress2(to, toBytes, from, &fromBytes);
 }

@@ -2,14 +2,22 @@
 
 #include "Progress.h"
 
+#include <OpenImageIO/strutil.h>
 #include <fmt/format.h>
 
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
+#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <stdexcept>
+#include <string>
+#include <system_error>
+#include <utility>
+
+namespace fs = std::filesystem;
 
 namespace ZetTool {
 namespace {
@@ -18,29 +26,56 @@ namespace {
 constexpr std::uint64_t programBytes = 160'000'000;
 
 /// What a pixel takes in the stages of its road, at most.
-constexpr std::uint64_t picture = 16;      // four floats as they come from the file
+constexpr std::uint64_t picture = 16;      // four floats as they come from the file, if it holds no more
 constexpr std::uint64_t writersFrame = 32; // four floats, and as many that the pool may hold ready
 constexpr std::uint64_t between = 4;       // between two steps of a conversion
 constexpr std::uint64_t verifying = 20;    // the floats and the step once more
 
-std::uint64_t frameBytes(const MediaFileShape& shape, bool verify) {
-    const std::uint64_t pixels = std::uint64_t(shape.size().width) * std::uint64_t(shape.size().height);
-    const std::uint64_t stages = picture + writersFrame + between + (verify ? verifying : 0);
+std::uint64_t frameBytes(const WritePlan& plan, bool verify) {
+    const std::uint64_t pixels =
+        std::uint64_t(plan.shape->size().width) * std::uint64_t(plan.shape->size().height);
+    const std::uint64_t stages = writersFrame + between + (verify ? verifying : 0);
     const std::uint64_t results = verify ? 3 : 1; // what is written, what is expected, what is read back
-    return pixels * stages + results * shape.bytes();
+    // A file may hold more than is seen: pixels around the picture, channels between its own.
+    return std::max(pixels * picture, plan.picture->bytes) + pixels * stages + results * plan.shape->bytes();
 }
 
-/// The limit of the control group that the process runs in; none where there is no such file or number.
+/// The limit of a control group and of those around it.
+std::uint64_t groupLimit(fs::path group, const fs::path& mount, const char* file) {
+    std::uint64_t limit = std::numeric_limits<std::uint64_t>::max();
+    for (group = group.relative_path();; group = group.parent_path()) {
+        std::uint64_t bytes = 0;
+        if (std::ifstream(mount / group / file) >> bytes)
+            limit = std::min(limit, bytes);
+        if (group.empty())
+            return limit;
+    }
+}
+
+/// What the control groups that the process runs in leave it, of the second version or the first. In a
+/// container their paths may lead nowhere; the root is then the container's own.
 std::uint64_t groupLimit() {
-    std::uint64_t bytes = 0;
-    return std::ifstream("/sys/fs/cgroup/memory.max") >> bytes ? bytes
-                                                               : std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t limit = std::numeric_limits<std::uint64_t>::max();
+    std::ifstream groups("/proc/self/cgroup");
+    for (std::string line; std::getline(groups, line);) {
+        const auto first = line.find(':'), second = line.find(':', first + 1);
+        if (first == line.npos || second == line.npos)
+            continue;
+        const std::string controllers = line.substr(first + 1, second - first - 1),
+                          path = line.substr(second + 1);
+        if (controllers.empty())
+            limit = std::min(limit, groupLimit(path, "/sys/fs/cgroup", "memory.max"));
+        else if (controllers == "memory")
+            limit = std::min(limit, groupLimit(path, "/sys/fs/cgroup/memory", "memory.limit_in_bytes"));
+    }
+    return limit;
 }
 
 } // namespace
 
 const char memoryEstimate[] =
-    "--memory: a frame is taken to need 52 bytes for each pixel (72 with --verify) and its file once\n"
+    "--memory: a frame is taken to need 52 bytes for each pixel (72 with --verify), more where the\n"
+    "picture's file holds more than is seen, and its file once\n"
     "(three times), the program itself 160 MB. As many frames are in hand at once as fit, up to --jobs.";
 
 std::uint64_t defaultMemoryBudget() {
@@ -49,16 +84,30 @@ std::uint64_t defaultMemoryBudget() {
     return std::min(machine, groupLimit()) / 2;
 }
 
+std::uint64_t parseMemory(const std::string& text) {
+    constexpr std::pair<const char*, double> units[] = {{"", 1},         {"kB", 1e3},     {"MB", 1e6},
+                                                        {"GB", 1e9},     {"TB", 1e12},    {"KiB", 0x1p10},
+                                                        {"MiB", 0x1p20}, {"GiB", 0x1p30}, {"TiB", 0x1p40}};
+    constexpr double most = 0x1p60;
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    for (const auto& [unit, bytes] : units)
+        if (error == std::errc{} && number > 0 && number * bytes <= most && OIIO::Strutil::iequals(end, unit))
+            return static_cast<std::uint64_t>(number * bytes);
+    throw std::runtime_error(
+        fmt::format("cannot read --memory \"{}\": expected a size such as 2GB or 1500MB", text));
+}
+
 unsigned framesAtOnce(const WritePlan& plan, std::uint64_t budget, unsigned jobs, bool verify) {
     if (!plan.shape)
         return jobs; // no frame can be read
-    const std::uint64_t each = frameBytes(*plan.shape, verify);
+    const std::uint64_t each = frameBytes(plan, verify);
     if (budget < programBytes + each) {
         constexpr std::uint64_t step = 1'000'000;
         throw std::runtime_error(
-            fmt::format("--memory {} is too little: a frame of {} as \"{}\"{} needs {}MB", byteText(budget),
-                        plan.shape->size().text(), plan.format->label, verify ? " with --verify" : "",
-                        (programBytes + each + step - 1) / step));
+            fmt::format("{} of memory is too little (--memory): a frame of {} as \"{}\"{} needs {}MB",
+                        byteText(budget), plan.shape->size().text(), plan.format->label,
+                        verify ? " with --verify" : "", (programBytes + each + step - 1) / step));
     }
     return static_cast<unsigned>(std::min<std::uint64_t>(jobs, (budget - programBytes) / each));
 }

@@ -38,14 +38,6 @@ Input openPicture(const std::filesystem::path& file) {
     return input;
 }
 
-/// The smallest run of channels that holds all of these, as begin and end.
-std::pair<int, int> channelRun(const Picture::ChannelPlaces& places) {
-    const bool hasAlpha = places.back() >= 0;
-    const auto [first, last] =
-        std::minmax_element(places.begin(), hasAlpha ? places.end() : places.end() - 1);
-    return {*first, *last + 1};
-}
-
 } // namespace
 
 PictureHeader readPictureHeader(const std::filesystem::path& file) {
@@ -55,23 +47,22 @@ PictureHeader readPictureHeader(const std::filesystem::path& file) {
 Picture readPicture(const std::filesystem::path& file) {
     const Input input = openPicture(file);
     const OIIO::ImageSpec& spec = input->spec();
-    // Of a picture with many layers, only the run of channels that holds ours is read.
     Picture::ChannelPlaces places = findChannels(spec);
     const auto [begin, end] = channelRun(places);
     for (int& place : places)
         place -= begin;
 
-    const bool halfFloats = spec.format == OIIO::TypeHalf && spec.channelformats.empty();
-    PixelBlock block{
-        spec.x - spec.full_x, spec.y - spec.full_y, {spec.width, spec.height}, end - begin, halfFloats};
+    PixelBlock block = blockOf(spec);
     try {
         block.allocate();
     } catch (const std::bad_alloc&) {
         refuse(file, "not enough memory for " + block.size.text() + " pixels");
     }
+    // What a reader leaves out without a word shall be black, not a part of an earlier picture.
+    std::fill_n(block.samples->data(), block.bytes(), std::uint8_t{0});
     // Half-floats are asked for by no name: then they come as they are, without a copy.
     const bool complete = input->read_image(
-        0, 0, begin, end, halfFloats ? OIIO::TypeUnknown : OIIO::TypeFloat, block.samples->data());
+        0, 0, begin, end, block.halfFloats ? OIIO::TypeUnknown : OIIO::TypeFloat, block.samples->data());
     // Some readers fill up what a cut-off file lacks, and say so only here.
     if (!complete || input->has_error())
         refuse(file, input->geterror());

@@ -74,11 +74,12 @@ OIIO::TypeDesc sampleType(const std::string& fileType, int bits) {
 }
 
 void writeBytes(const fs::path& path, const std::vector<unsigned char>& bytes) {
+    errno = 0; // streams need not set it
     std::ofstream stream(path, std::ios::binary);
     stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     stream.close();
     if (!stream)
-        throw std::runtime_error(std::strerror(errno));
+        throw std::runtime_error(errno ? std::strerror(errno) : "the file takes no more bytes");
 }
 
 /// Of most types OpenImageIO makes the file in memory: on a full disk some of its writers lose bytes without

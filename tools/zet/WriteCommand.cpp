@@ -28,7 +28,7 @@ struct Options {
     std::string transfer = "auto";
     std::string plugin;
     std::string manifest;
-    std::uint64_t memory = defaultMemoryBudget();
+    std::string memory; ///< empty: the default
     bool dryRun = false;
     bool quiet = false;
 };
@@ -86,10 +86,13 @@ bool finish(WriteManifest& manifest, const RunResult& result, unsigned jobs) {
 }
 
 void limitJobs(Options& options, const WritePlan& plan) {
-    const unsigned fitting = framesAtOnce(plan, options.memory, options.run.jobs, options.run.verify);
+    const std::uint64_t budget = options.memory.empty() ? defaultMemoryBudget() : parseMemory(options.memory);
+    if (plan.frames.empty())
+        return;
+    const unsigned fitting = framesAtOnce(plan, budget, options.run.jobs, options.run.verify);
     if (fitting < options.run.jobs && fitting < plan.frames.size() && !options.quiet)
-        std::cout << fmt::format("note: {} at once, which is what {} of memory have room for\n",
-                                 frameCount(fitting), byteText(options.memory));
+        std::cout << fmt::format("note: {} at once, which is what {} of memory has room for\n",
+                                 frameCount(fitting), byteText(budget));
     options.run.jobs = fitting;
 }
 
@@ -171,8 +174,7 @@ void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode
     command
         ->add_option("--memory", options->memory,
                      "Memory to stay within, as in 2GB or 1500MB; without it half of the machine's")
-        ->type_name("SIZE")
-        ->transform(CLI::AsSizeValue(true).description(""));
+        ->type_name("SIZE");
     command->add_flag("--resume", options->request.resume,
                       "Leave out the frames whose files are whole already");
     command->add_flag("--verify", options->run.verify,

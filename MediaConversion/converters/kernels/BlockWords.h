@@ -34,8 +34,7 @@ constexpr bool storedInQuads = lanes == 4 || bytes % 16 == 0;
 template <int i0, int i1, int i2, int i3, int... lane>
 FloatVector quadsOf(FloatVector a, FloatVector b, std::integer_sequence<int, lane...>) {
     constexpr int chosen[] = {i0, i1, i2, i3};
-    return __builtin_shufflevector(
-        a, b, (lane / 4 * 4 + chosen[lane % 4] + (chosen[lane % 4] < 4 ? 0 : lanes - 4))...);
+    return shuffled<(lane / 4 * 4 + chosen[lane % 4] + (chosen[lane % 4] < 4 ? 0 : lanes - 4))...>(a, b);
 }
 
 template <int i0, int i1, int i2, int i3>
@@ -55,24 +54,24 @@ inline std::array<FloatVector, 4> transposed(FloatVector a, FloatVector b, Float
 
 /// What is moved: words where blocks are made of them.
 template <int bytes>
-using Piece = std::conditional_t<bytes % 4 == 0, std::int32_t, std::uint8_t>;
+using Unit = std::conditional_t<bytes % 4 == 0, std::int32_t, std::uint8_t>;
 
 template <int bytes>
-using Pieces = VectorOf<Piece<bytes>, sizeof(IntVector)>;
+using Units = VectorOf<Unit<bytes>, sizeof(IntVector)>;
 
 template <int bytes>
-constexpr int wordPieces = 4 / sizeof(Piece<bytes>);
+constexpr int wordUnits = 4 / sizeof(Unit<bytes>);
 template <int bytes>
-constexpr int blockPieces = bytes / sizeof(Piece<bytes>);
+constexpr int blockUnits = bytes / sizeof(Unit<bytes>);
 template <int bytes>
-constexpr int vectorPieces = lanes* wordPieces<bytes>;
+constexpr int vectorUnits = lanes* wordUnits<bytes>;
 
 /// Where in the blocks piece `i` of the vector of a word comes from.
 template <int bytes, int word>
 struct InBlocks {
     static constexpr int pieceFor(int i) {
-        constexpr int n = wordPieces<bytes>;
-        return i / n * blockPieces<bytes> + word * n + i % n;
+        constexpr int n = wordUnits<bytes>;
+        return i / n * blockUnits<bytes> + word * n + i % n;
     }
 };
 
@@ -80,21 +79,21 @@ struct InBlocks {
 template <int bytes, int vector>
 struct InWords {
     static constexpr int pieceFor(int i) {
-        constexpr int n = wordPieces<bytes>;
-        int const piece = vector * vectorPieces<bytes> + i;
-        int const block = piece / blockPieces<bytes>, inBlock = piece % blockPieces<bytes>;
-        return block < lanes ? inBlock / n * vectorPieces<bytes> + block * n + inBlock % n : 0;
+        constexpr int n = wordUnits<bytes>;
+        int const piece = vector * vectorUnits<bytes> + i;
+        int const block = piece / blockUnits<bytes>, inBlock = piece % blockUnits<bytes>;
+        return block < lanes ? inBlock / n * vectorUnits<bytes> + block * n + inBlock % n : 0;
     }
 };
 
-/// `before` with the pieces that come from `vector`, number `k`; with the first two all that come from both.
+/// `before` with the pieces that come from `vector`, number `k`. For the first two `before` is vector 0,
+/// whose pieces are taken too.
 template <class Place, int k, class Vector, int... i>
 Vector withPiecesOf(Vector vector, Vector before, std::integer_sequence<int, i...>) {
     constexpr int width = sizeof...(i);
-    return __builtin_shufflevector(before, vector,
-                                   (Place::pieceFor(i) / width == k ? width + Place::pieceFor(i) % width
-                                    : k <= 1                        ? Place::pieceFor(i) % width
-                                                                    : i)...);
+    return shuffled<(Place::pieceFor(i) / width == k ? width + Place::pieceFor(i) % width
+                     : k <= 1                        ? Place::pieceFor(i) % width
+                                                     : i)...>(before, vector);
 }
 
 /// A vector of the pieces of several, from where `Place` says, counted through all of them.
@@ -128,7 +127,7 @@ BlockWords<bytes> loadBlocks(std::uint8_t const* blocks) {
                 [&](auto i) { words[4 * number + i] = Ints(reinterpret_cast<IntVector>(columns[i])); });
         });
     } else {
-        std::array<Pieces<bytes>, count> vectors;
+        std::array<Units<bytes>, count> vectors;
         std::memcpy(&vectors, blocks, sizeof vectors);
         unrolled<count>([&](auto word) {
             words[word] = Ints(reinterpret_cast<IntVector>(gathered<InBlocks<bytes, word>>(vectors)));
@@ -163,8 +162,8 @@ void storeBlocks(BlockWords<bytes> const& words, std::uint8_t* blocks) {
             std::memcpy(blocks + lane * bytes, quadBytes + lane % 4 * sizeof(FloatVector) + lane / 4 * 16,
                         std::min(16, (lanes - lane) * bytes));
     } else {
-        std::array<Pieces<bytes>, count> vectors;
-        unrolled<count>([&](auto i) { vectors[i] = reinterpret_cast<Pieces<bytes>>(words[i].vector); });
+        std::array<Units<bytes>, count> vectors;
+        unrolled<count>([&](auto i) { vectors[i] = reinterpret_cast<Units<bytes>>(words[i].vector); });
         unrolled<count>([&](auto number) {
             constexpr int offset = number * sizeof(IntVector);
             auto const pieces = gathered<InWords<bytes, number>>(vectors);

@@ -28,9 +28,10 @@ public:
 /// those of double precision.
 ///
 /// Codes are first made with 24 bits, of which the upper ones are the code and the others its fraction. A
-/// unit is the lowest of the 24 bits. A value that is off by at most `errorUnits` units, these two roundings
-/// (half a unit each) included, can give another code only where the fraction is that close to a whole code.
-/// There, and for NaN, whose conversion leaves the fraction 0, the results are not certain.
+/// unit is the lowest of the 24 bits. A value that is off by at most `errorUnits` units, the roundings of the
+/// product and of the sum (half a unit each) included, can give another code only where the fraction is that
+/// close to a whole code. There, and for NaN, whose conversion leaves the fraction 0, the results are not
+/// certain.
 template <int errorUnits>
 class SingleCodes {
 public:

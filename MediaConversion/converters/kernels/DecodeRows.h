@@ -55,7 +55,7 @@ std::array<Ints, sizeof(Destination)> packPixels(std::array<Samples, lanePixels>
     return words;
 }
 
-/// The bytes of a lane and what a quad of 16 bytes takes beyond them.
+/// The bytes of a lane, rounded up to quads of 16 bytes.
 constexpr int inWholeQuads(int bytes) { return (bytes + 15) / 16 * 16; }
 
 /// `bytes` bytes for each lane as words; the last quad may be read beyond them. Lane 4 q + i of the vectors
@@ -76,8 +76,8 @@ auto loadLanes(std::uint8_t const* first) {
 /// Half `half` (0, 1) of what arises when two vectors take turns, each with `unit` numbers at a time.
 template <int half, int unit, int... i>
 FloatVector inTurns(FloatVector a, FloatVector b, std::integer_sequence<int, i...>) {
-    return __builtin_shufflevector(
-        a, b, ((half * lanes + i) / (2 * unit) * unit + i % unit + (i / unit % 2 == 0 ? 0 : lanes))...);
+    return shuffled<((half * lanes + i) / (2 * unit) * unit + i % unit + (i / unit % 2 == 0 ? 0 : lanes))...>(
+        a, b);
 }
 
 /// What arises when the vectors take turns, each with `unit` numbers at a time.
@@ -106,8 +106,7 @@ std::array<FloatVector, count> inTurns(std::array<FloatVector, count> const& vec
 /// Vector `part` of what three of every four numbers in these vectors make.
 template <int part, int... i>
 FloatVector threeOfFour(FloatVector a, FloatVector b, std::integer_sequence<int, i...>) {
-    return __builtin_shufflevector(a, b,
-                                   ((part * lanes + i) / 3 * 4 + (part * lanes + i) % 3 - part * lanes)...);
+    return shuffled<((part * lanes + i) / 3 * 4 + (part * lanes + i) % 3 - part * lanes)...>(a, b);
 }
 
 /// Writes the words of each lane, lane by lane.
@@ -177,7 +176,8 @@ template <class Group>
 void decodeInGroups(std::uint8_t const* blocks, std::uint8_t* pixels, std::size_t rowBytes, int count) {
     constexpr int blockBytes = Group::bytes / Group::blocks,
                   blockPixelBytes = Group::pixelBytes / Group::blocks;
-    int const groups = std::max(count * blockBytes - Group::bytesBehind, 0) / Group::bytes;
+    auto const groups = static_cast<int>(
+        std::max<std::ptrdiff_t>(std::ptrdiff_t{count} * blockBytes - Group::bytesBehind, 0) / Group::bytes);
     Group::decode(blocks, pixels, rowBytes, groups);
 
     // The rest is decoded elsewhere.
@@ -185,10 +185,10 @@ void decodeInGroups(std::uint8_t const* blocks, std::uint8_t* pixels, std::size_
         int const rest = std::min(count - decoded, Group::blocks);
         std::uint8_t lastBlocks[Group::bytes + Group::bytesBehind] = {};
         std::uint8_t lastPixels[Group::rows * Group::pixelBytes];
-        std::memcpy(lastBlocks, blocks + decoded * blockBytes, rest * blockBytes);
+        std::memcpy(lastBlocks, blocks + std::ptrdiff_t{decoded} * blockBytes, rest * blockBytes);
         Group::decode(lastBlocks, lastPixels, Group::pixelBytes, 1);
         for (int row = 0; row < Group::rows; ++row)
-            std::memcpy(pixels + row * rowBytes + decoded * blockPixelBytes,
+            std::memcpy(pixels + row * rowBytes + std::ptrdiff_t{decoded} * blockPixelBytes,
                         lastPixels + row * Group::pixelBytes, rest * blockPixelBytes);
     }
 }

@@ -38,7 +38,8 @@ void encodeInGroups(std::uint8_t const* pixels, std::size_t rowBytes, std::uint8
     constexpr int tooMuch = Group::readBytes - groupBytes;
     static_assert(tooMuch < groupBytes + Group::blockRowBytes);
     // Nothing behind the row is read.
-    int const groups = std::max(0, count * Group::blockRowBytes - tooMuch) / groupBytes;
+    auto const groups = static_cast<int>(
+        std::max<std::ptrdiff_t>(0, std::ptrdiff_t{count} * Group::blockRowBytes - tooMuch) / groupBytes);
     int const encoded = groups * Group::blocks, rest = count - encoded;
     encodeGroups<Group>(pixels, rowBytes, blocks, groups);
     if (rest == 0)
@@ -49,9 +50,10 @@ void encodeInGroups(std::uint8_t const* pixels, std::size_t rowBytes, std::uint8
     std::uint8_t lastBlocks[2 * Group::blocks * Group::bytes];
     for (int row = 0; row < Group::rows; ++row)
         std::memcpy(lastPixels + row * 2 * groupBytes,
-                    pixels + row * rowBytes + encoded * Group::blockRowBytes, rest * Group::blockRowBytes);
+                    pixels + row * rowBytes + std::ptrdiff_t{encoded} * Group::blockRowBytes,
+                    rest * Group::blockRowBytes);
     encodeGroups<Group>(lastPixels, 2 * groupBytes, lastBlocks, rest > Group::blocks ? 2 : 1);
-    std::memcpy(blocks + encoded * Group::bytes, lastBlocks, rest * Group::bytes);
+    std::memcpy(blocks + std::ptrdiff_t{encoded} * Group::bytes, lastBlocks, rest * Group::bytes);
 }
 
 } // namespace

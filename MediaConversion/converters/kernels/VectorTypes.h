@@ -16,5 +16,16 @@ struct VectorOfNumbers {
 template <class Number, int bytes>
 using VectorOf = typename VectorOfNumbers<Number, bytes>::Type;
 
+/// Of the numbers of `a` and, counted on, those of `b` the ones at these places.
+template <int... place, class Vector>
+Vector shuffled(Vector a, Vector b) {
+#if defined(__clang__) || __GNUC__ >= 12
+    return __builtin_shufflevector(a, b, place...);
+#else
+    using Places = decltype(a == b);
+    return __builtin_shuffle(a, b, Places{place...});
+#endif
+}
+
 } // namespace
 } // namespace MediaConversion

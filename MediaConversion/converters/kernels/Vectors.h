@@ -15,14 +15,18 @@ constexpr int lanes = sizeof(IntVector) / sizeof(std::int32_t);
 
 /// The numbers of `low`, then those of `high`. By way of memory, in two pieces, it takes several times as
 /// long.
-template <class Half, int... number>
-auto joined(Half low, Half high, std::integer_sequence<int, number...>) {
+template <class Whole, class Half, int... number>
+Whole joined(Half low, Half high, std::integer_sequence<int, number...>) {
+#if defined(__clang__) || __GNUC__ >= 12
     return __builtin_shufflevector(low, high, number...);
+#else
+    return Whole{(number < lanes / 2 ? low[number % (lanes / 2)] : high[number % (lanes / 2)])...};
+#endif
 }
 
-template <class Half>
-auto joined(Half low, Half high) {
-    return joined(low, high, std::make_integer_sequence<int, lanes>());
+template <class Whole, class Half>
+Whole joined(Half low, Half high) {
+    return joined<Whole>(low, high, std::make_integer_sequence<int, lanes>());
 }
 
 struct Ints {
@@ -104,7 +108,8 @@ struct Doubles {
 
 Floats::Floats(Doubles const& a) {
     using HalfFloats = VectorOf<float, sizeof(FloatVector) / 2>;
-    vector = joined(__builtin_convertvector(a.low, HalfFloats), __builtin_convertvector(a.high, HalfFloats));
+    vector = joined<FloatVector>(__builtin_convertvector(a.low, HalfFloats),
+                                 __builtin_convertvector(a.high, HalfFloats));
 }
 
 // clang-format off
@@ -117,7 +122,8 @@ inline Doubles operator/(Doubles a, Doubles b) { return {a.low / b.low, a.high /
 /// Without the fraction; none may be NaN.
 inline Ints truncatedNumbers(Doubles a) {
     using HalfInts = VectorOf<std::int32_t, sizeof(IntVector) / 2>;
-    return Ints(joined(__builtin_convertvector(a.low, HalfInts), __builtin_convertvector(a.high, HalfInts)));
+    return Ints(joined<IntVector>(__builtin_convertvector(a.low, HalfInts),
+                                  __builtin_convertvector(a.high, HalfInts)));
 }
 
 /// Without the fraction; NaN, which no integer conversion is defined for, gives 0.
