@@ -1,10 +1,10 @@
 #include <MediaConversion/converters/ImageRGBtoYCbCr42x.h>
 
-#include <MediaConversion/converters/RowEncoding.h>
+#include <MediaConversion/converters/RowConversion.h>
 
 namespace MediaConversion {
 
 const ImageRGBtoYCbCr42x::ConversionTable ImageRGBtoYCbCr42x::yccConversion =
-    tableOfRowEncoders<ImageRGBtoYCbCr42x::ConversionTable>(&Kernels::subsampling);
+    tableOfKernels<ImageRGBtoYCbCr42x::ConversionTable>(&Kernels::subsampling);
 
 } // namespace MediaConversion

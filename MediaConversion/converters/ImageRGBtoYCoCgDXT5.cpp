@@ -1,6 +1,6 @@
 #include <MediaConversion/converters/ImageRGBtoYCoCgDXT5.h>
 
-#include <MediaConversion/converters/RowEncoding.h>
+#include <MediaConversion/converters/RowConversion.h>
 
 #include <stdexcept>
 #include <string>
@@ -28,7 +28,7 @@ Table::mapped_type onlyTo(FrameFormat const& supported, Table::mapped_type const
 } // namespace
 
 const Table ImageRGBtoYCoCgDXT5::yccConversion = [] {
-    auto table = tableOfRowEncoders<Table>(&Kernels::compression);
+    auto table = tableOfKernels<Table>(&Kernels::compression);
     for (auto& [formats, conversion] : table)
         conversion = onlyTo(std::get<1>(formats), conversion);
     return table;

@@ -1,10 +1,10 @@
 #include <MediaConversion/converters/ImageToFullFrame.h>
 
-#include <MediaConversion/converters/RowDecoding.h>
+#include <MediaConversion/converters/RowConversion.h>
 
 namespace MediaConversion {
 
 const ImageToFullFrame::ConversionTable ImageToFullFrame::packingConversion =
-    tableOfRowDecoders<ConversionTable>(&Kernels::unpacking);
+    tableOfKernels<ConversionTable>(&Kernels::unpacking);
 
 } // namespace MediaConversion

@@ -1,10 +1,10 @@
 #include <MediaConversion/converters/ImageToPackedFrame.h>
 
-#include <MediaConversion/converters/RowEncoding.h>
+#include <MediaConversion/converters/RowConversion.h>
 
 namespace MediaConversion {
 
 const ImageToPackedFrame::ConversionTable ImageToPackedFrame::packingConversion =
-    tableOfRowEncoders<ImageToPackedFrame::ConversionTable>(&Kernels::packing);
+    tableOfKernels<ImageToPackedFrame::ConversionTable>(&Kernels::packing);
 
 } // namespace MediaConversion

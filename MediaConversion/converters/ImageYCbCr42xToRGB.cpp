@@ -1,10 +1,10 @@
 #include <MediaConversion/converters/ImageYCbCr42xToRGB.h>
 
-#include <MediaConversion/converters/RowDecoding.h>
+#include <MediaConversion/converters/RowConversion.h>
 
 namespace MediaConversion {
 
 const ImageYCbCr42xToRGB::ConversionTable ImageYCbCr42xToRGB::rgbConversion =
-    tableOfRowDecoders<ConversionTable>(&Kernels::upsampling);
+    tableOfKernels<ConversionTable>(&Kernels::upsampling);
 
 } // namespace MediaConversion

@@ -1,10 +1,10 @@
 #include <MediaConversion/converters/ImageYCoCgDXT5toRGB.h>
 
-#include <MediaConversion/converters/RowDecoding.h>
+#include <MediaConversion/converters/RowConversion.h>
 
 namespace MediaConversion {
 
 const ImageYCoCgDXT5toRGB::ConversionTable ImageYCoCgDXT5toRGB::rgbConversion =
-    tableOfRowDecoders<ConversionTable>(&Kernels::decompression);
+    tableOfKernels<ConversionTable>(&Kernels::decompression);
 
 } // namespace MediaConversion
