@@ -127,21 +127,8 @@ RenderResult WriteNode::Node::render(PictureSource& source, const std::filesyste
 void WriteNode::Node::to_float(int z, float* to, const float* from, const float* alpha, int W,
                                int delta) const {
     const bool isColour = z != DD::Image::Chan_Alpha;
-    const float* const divisor = premult() ? alpha : nullptr;
-    static const TabledCurve<SrgbCurve> srgb;
-    static const TabledCurve<Rec709Curve> rec709;
-    switch (isColour ? current().settings.transfer : Transfer::None) {
-    case Transfer::None:
-        for (int i = 0; i < W; ++i)
-            to[std::ptrdiff_t{i} * delta] = from[i];
-        break;
-    case Transfer::Srgb:
-        encodeRow(srgb, to, from, divisor, W, delta);
-        break;
-    case Transfer::Rec709:
-        encodeRow(rec709, to, from, divisor, W, delta);
-        break;
-    }
+    encodeRow(isColour ? current().settings.transfer : Transfer::None, to, from, premult() ? alpha : nullptr,
+              W, delta);
 }
 
 WriteNode::WriteNode(const std::string& fileType) : node(std::make_unique<Node>(fileType)) {}

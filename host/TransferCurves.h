@@ -2,6 +2,8 @@
 // below 0, the power above 1.
 #pragma once
 
+#include <host/EmbeddedHost.h>
+
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -24,14 +26,15 @@ struct Rec709Curve {
     }
 };
 
-/// A curve whose values are at hand for all numbers that a normal half-float can have: most linear pictures
-/// come as half-floats, and their samples are spared the power function. The values are the curve's own.
+/// A curve whose values are at hand for all floats that a half-float can be, and all others as short: most
+/// linear pictures come as half-floats. No sample below or above some bound is an exception, so that noise
+/// about it costs no mispredicted branches. The values are the curve's own.
 template <class Curve>
 class TabledCurve {
 public:
     TabledCurve() {
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            std::uint32_t const bits = (firstHalf + static_cast<std::uint32_t>(i)) << unusedBits;
+        for (std::uint32_t i = 0; i < values.size(); ++i) {
+            std::uint32_t const bits = i << unusedBits;
             float number;
             std::memcpy(&number, &bits, sizeof number);
             values[i] = curve(number);
@@ -41,17 +44,15 @@ public:
     float operator()(float linear) const {
         std::uint32_t bits;
         std::memcpy(&bits, &linear, sizeof bits);
-        std::uint32_t const index = (bits >> unusedBits) - firstHalf;
-        bool const isHalf = bits << (32 - unusedBits) == 0;
-        return isHalf && index < values.size() ? values[index] : curve(linear);
+        bool const isShort = bits << (32 - unusedBits) == 0;
+        return isShort ? values[bits >> unusedBits] : curve(linear);
     }
 
 private:
-    static constexpr int unusedBits = 23 - 10;            // of a float's mantissa, by a half
-    static constexpr std::uint32_t firstHalf = 113 << 10; // 2^-14, the smallest normal one, above these bits
+    static constexpr int unusedBits = 23 - 10; // of a float's mantissa, by a half
 
     Curve curve;
-    std::array<float, 30 << 10> values; // 30 exponents, 10 bits of mantissa
+    std::array<float, 1 << (32 - unusedBits)> values;
 };
 
 /// Applies `curve` to `count` samples and writes every `stride`-th float. With an alpha buffer the samples
@@ -63,6 +64,23 @@ void encodeRow(Curve const& curve, float* to, const float* from, const float* al
             *to = curve(from[i] / alpha[i]) * alpha[i];
         else
             *to = curve(from[i]);
+    }
+}
+
+/// The same with the curve of `transfer`.
+inline void encodeRow(Transfer transfer, float* to, const float* from, const float* alpha, int count,
+                      int stride) {
+    switch (transfer) {
+    case Transfer::None:
+        return encodeRow([](float sample) { return sample; }, to, from, nullptr, count, stride);
+    case Transfer::Srgb: {
+        static const TabledCurve<SrgbCurve> srgb;
+        return encodeRow(srgb, to, from, alpha, count, stride);
+    }
+    case Transfer::Rec709: {
+        static const TabledCurve<Rec709Curve> rec709;
+        return encodeRow(rec709, to, from, alpha, count, stride);
+    }
     }
 }
 

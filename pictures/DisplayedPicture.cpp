@@ -11,26 +11,9 @@ namespace {
 
 using EmbeddedHost::PictureChannel;
 using EmbeddedHost::RenderSettings;
-using EmbeddedHost::Transfer;
 
 constexpr PictureChannel order[] = {PictureChannel::Blue, PictureChannel::Green, PictureChannel::Red};
 constexpr int stride = 4;
-
-void storeColour(const RenderSettings& settings, float* to, const float* from, const float* alpha,
-                 int count) {
-    using namespace EmbeddedHost;
-    const float* const divisor = settings.premultiplied ? alpha : nullptr;
-    static const TabledCurve<SrgbCurve> srgb;
-    static const TabledCurve<Rec709Curve> rec709;
-    switch (settings.transfer) {
-    case Transfer::None:
-        return encodeRow([](float sample) { return sample; }, to, from, nullptr, count, stride);
-    case Transfer::Srgb:
-        return encodeRow(srgb, to, from, divisor, count, stride);
-    case Transfer::Rec709:
-        return encodeRow(rec709, to, from, divisor, count, stride);
-    }
-}
 
 } // namespace
 
@@ -45,8 +28,8 @@ cv::Mat displayedPixels(Picture& picture, const RenderSettings& settings) {
         float* to = pixels.ptr<float>(row);
         for (const PictureChannel channel : order) {
             picture.readRow(fromBottom, 0, pixels.cols, channel, colour.data());
-            storeColour(settings, to++, colour.data(), picture.hasAlpha() ? alpha.data() : nullptr,
-                        pixels.cols);
+            EmbeddedHost::encodeRow(settings.transfer, to++, colour.data(),
+                                    settings.premultiplied ? alpha.data() : nullptr, pixels.cols, stride);
         }
         for (const float sample : alpha) {
             *to = sample;
