@@ -42,19 +42,18 @@ private:
     cv::Mat samples;
 };
 
-/// Rows of four channels into a frame of pixels, as plainly as that can be written.
+/// Rows of four channels into a frame of pixels, each channel on its own, as hosts hand them over.
 void takeRows(EmbeddedHost::PictureSource& picture, cv::Mat& frame) {
     using Channel = EmbeddedHost::PictureChannel;
     constexpr Channel order[channels] = {Channel::Blue, Channel::Green, Channel::Red, Channel::Alpha};
-    std::vector<float> samples(channels * columns);
-    for (int row = 0; row < rows; ++row) {
-        for (int place = 0; place < channels; ++place)
-            picture.readRow(rows - 1 - row, 0, columns, order[place], &samples[place * columns]);
-        auto* const pixels = frame.ptr<cv::Vec4f>(row);
-        for (int x = 0; x < columns; ++x)
-            pixels[x] = {samples[x], samples[columns + x], samples[2 * columns + x],
-                         samples[3 * columns + x]};
-    }
+    std::vector<float> samples(columns);
+    for (int row = 0; row < rows; ++row)
+        for (int place = 0; place < channels; ++place) {
+            picture.readRow(rows - 1 - row, 0, columns, order[place], samples.data());
+            float* const pixels = frame.ptr<float>(row) + place;
+            for (int x = 0; x < columns; ++x)
+                pixels[x * channels] = samples[x];
+        }
 }
 
 void writeBytes(std::filesystem::path const& file, cv::Mat const& output) {
