@@ -1,11 +1,10 @@
 // The bytes of a fixed picture in each of the writer's formats, against checksums that every compiler,
 // optimisation level, instruction set and processor has to reach. scripts/determinism.sh builds this with
 // several of them.
-#include <MediaConversion/MediaPipeline/Encoder.h>
-#include <MediaConversion/MediaPipeline/FrameSinkDestination.h>
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/converters/InstructionSet.h>
 #include <plugin/OutputFormats.h>
+#include <tests/Conversion.h>
 
 #include <cfloat>
 #include <cinttypes>
@@ -67,13 +66,7 @@ std::uint64_t sumOf(cv::Mat const& matrix) {
 }
 
 cv::Mat encoded(OutputFormat const& output) {
-    auto picture = fixedPicture(comesFromOpenCv(output));
-    MediaConversion::Encoder encoder(picture->format(), output.format());
-    FrameSinkDestination destination;
-    encoder.connect(&destination);
-    encoder.start();
-    encoder.encodeFrame(std::move(picture));
-    return dynamic_cast<Zentrel::IImageFrame&>(*destination.frame()).image();
+    return TestSupport::encoded(fixedPicture(comesFromOpenCv(output)), output.format())->image();
 }
 
 } // namespace

@@ -1,8 +1,7 @@
 // Pictures of any samples through every conversion: all instruction sets give the bytes of the plain one, and
 // that those of the plain formula, where the tests have one.
-#include <MediaConversion/MediaPipeline/Encoder.h>
-#include <MediaConversion/MediaPipeline/FrameSinkDestination.h>
 
+#include <tests/Conversion.h>
 #include <tests/MediaConversion/converters/DxtReference.h>
 #include <tests/MediaConversion/converters/PackingReference.h>
 #include <tests/MediaConversion/converters/YCbCrReference.h>
@@ -89,12 +88,7 @@ std::optional<cv::Mat> converted(Pair const& pair, cv::Mat const& picture,
                                  MediaConversion::InstructionSet set) {
     MediaConversion::useInstructionSet(set);
     try {
-        Encoder encoder(pair.first, pair.second);
-        FrameSinkDestination destination;
-        encoder.connect(&destination);
-        encoder.start();
-        encoder.encodeFrame(frameOf(pair.first, picture));
-        return dynamic_cast<Zentrel::IImageFrame&>(*destination.frame()).image();
+        return encoded(frameOf(pair.first, picture), pair.second)->image();
     } catch (std::runtime_error const&) {
         return {};
     }

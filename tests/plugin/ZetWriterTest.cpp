@@ -3,6 +3,7 @@
 #include <MediaConversion/MediaConversion.h>
 #include <host/EmbeddedHost.h>
 #include <plugin/OutputFormats.h>
+#include <tests/Conversion.h>
 #include <tests/TestSupport.h>
 #include <tests/host/TestPicture.h>
 
@@ -97,14 +98,9 @@ TEST_F(ZetWriterTest, WritesInEveryFormatWhatTheLibraryMakes) {
                                             PictureChannel::Alpha};
         for (int i = 0; i < 8 * 4 * 4; ++i)
             image.ptr<float>()[i] = level(order[i % 4], i / 4 % 8, 3 - i / 32);
-        FrameSinkDestination destination;
-        MediaConversion::Encoder encoder(F::BGRA_F32(), output.format());
-        encoder.connect(&destination);
-        encoder.start();
-        encoder.encodeFrame(std::move(frame));
         MediaConversion::FileStreamFactory streams;
-        MediaConversion::ZentrelMediaFileWriter(streams).writeFrame(folder / "library.zet",
-                                                                    destination.frame());
+        MediaConversion::ZentrelMediaFileWriter(streams).writeFrame(
+            folder / "library.zet", encoded(std::move(frame), output.format()));
 
         EXPECT_TRUE(render(picture, output.label).succeeded());
         EXPECT_EQ(bytesOf(file), bytesOf(folder / "library.zet")) << output.label;

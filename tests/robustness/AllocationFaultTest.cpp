@@ -1,12 +1,11 @@
 // Every allocation on a frame's road fails once: the frame fails cleanly, nothing is lost of the memory, and
 // the next frame is right again.
-#include <MediaConversion/MediaPipeline/Encoder.h>
-#include <MediaConversion/MediaPipeline/FrameSinkDestination.h>
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/MediaPipeline/MemoryPool.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 #include <host/EmbeddedHost.h>
 #include <plugin/OutputFormats.h>
+#include <tests/Conversion.h>
 #include <tests/TestSupport.h>
 #include <tests/host/TestPicture.h>
 
@@ -106,13 +105,9 @@ TEST_P(AllocationFaultTest, FailsTheFrameInTheLibrary) {
             auto const input = Zentrel::FullFrameFormat::BGRA_F32();
             auto frame = Zentrel::FullFrame::create(input, 4, 8);
             frame->image().setTo(0.25);
-            FrameSinkDestination destination;
-            MediaConversion::Encoder encoder(input, output.format());
-            encoder.connect(&destination);
-            encoder.start();
-            encoder.encodeFrame(std::move(frame));
+            auto converted = encoded(std::move(frame), output.format());
             MediaConversion::FileStreamFactory files;
-            MediaConversion::ZentrelMediaFileWriter(files).writeFrame(file, destination.frame());
+            MediaConversion::ZentrelMediaFileWriter(files).writeFrame(file, std::move(converted));
             buffers = std::max(buffers, pool->count());
         });
         EXPECT_LE(buffers, 8u);

@@ -1,11 +1,10 @@
 // Several writers at once over one pool, as a render farm's node or a threaded host has them.
-#include <MediaConversion/MediaPipeline/Encoder.h>
-#include <MediaConversion/MediaPipeline/FrameSinkDestination.h>
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/MediaPipeline/MemoryPool.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileReader.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 #include <plugin/OutputFormats.h>
+#include <tests/Conversion.h>
 #include <tests/TestSupport.h>
 
 #include <opencv2/core.hpp>
@@ -31,13 +30,9 @@ Bytes fileOf(unsigned number, const std::filesystem::path& path) {
     cv::Mat image = frame->image();
     cv::RNG(number).fill(image, cv::RNG::UNIFORM, 0, 1);
 
-    FrameSinkDestination destination;
-    MediaConversion::Encoder encoder(F::BGRA_F32(), output.format());
-    encoder.connect(&destination);
-    encoder.start();
-    encoder.encodeFrame(std::move(frame));
+    auto converted = encoded(std::move(frame), output.format());
     MediaConversion::FileStreamFactory files;
-    MediaConversion::ZentrelMediaFileWriter(files).writeFrame(path, destination.frame());
+    MediaConversion::ZentrelMediaFileWriter(files).writeFrame(path, std::move(converted));
     const auto read = MediaConversion::ZentrelMediaFileReader(files).readFrame(path);
     const MemoryAccess& whole = read->rawFrameData().rawData();
     return {whole.data(), whole.data() + whole.dataSize()};

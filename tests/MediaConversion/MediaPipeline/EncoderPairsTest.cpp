@@ -1,8 +1,8 @@
 // Every format to every other: the chain, what it refuses, and that what comes out is the picture that went
 // in.
-#include <MediaConversion/MediaPipeline/FrameSinkDestination.h>
 #include <MediaConversion/converters/ImageYCoCgDXT5toRGB.h>
 
+#include <tests/Conversion.h>
 #include <tests/MediaConversion/MediaPipeline/EncodingRoutes.h>
 #include <tests/MediaConversion/converters/ConverterValidator.h>
 
@@ -29,19 +29,13 @@ TEST(EncodingSteps, AreThoseOfTheListing) {
 }
 
 cv::Mat encoded(FrameFormat const& from, FrameFormat const& to, cv::Mat const& picture) {
-    Encoder encoder(from, to);
-    FrameSinkDestination sink;
-    encoder.connect(&sink);
-    encoder.start();
     auto frame = frameOf(from, picture);
     int const rows = frame->rows(), columns = frame->cols();
-    encoder.encodeFrame(std::move(frame));
-    auto const result = sink.frame();
-    auto& image = dynamic_cast<IImageFrame&>(*result);
-    EXPECT_EQ(image.format(), to);
-    EXPECT_EQ(image.rows(), rows);
-    EXPECT_EQ(image.cols(), columns);
-    return image.image();
+    auto const result = TestSupport::encoded(std::move(frame), to);
+    EXPECT_EQ(result->format(), to);
+    EXPECT_EQ(result->rows(), rows);
+    EXPECT_EQ(result->cols(), columns);
+    return result->image();
 }
 
 // ---- What a matrix shows, as float BGRA ----

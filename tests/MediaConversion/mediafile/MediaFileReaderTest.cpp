@@ -1,9 +1,8 @@
-#include <MediaConversion/MediaPipeline/Encoder.h>
-#include <MediaConversion/MediaPipeline/FrameSinkDestination.h>
 #include <MediaConversion/mediafile/HeaderStreamBuilders.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileReader.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 
+#include <tests/Conversion.h>
 #include <tests/MediaConversion/converters/ConverterValidator.h>
 #include <tests/MediaConversion/mediafile/MemoryFile.h>
 
@@ -76,16 +75,6 @@ Bytes pixelsOf(IImageFrame const& frame) {
 
 // ---- Files that are right ----
 
-Bytes decoded(FrameFormat const& format, std::unique_ptr<IFrame> frame) {
-    Encoder encoder(format, F::BGRA_F32());
-    FrameSinkDestination sink;
-    encoder.connect(&sink);
-    encoder.start();
-    encoder.encodeFrame(std::move(frame));
-    auto const result = sink.frame();
-    return pixelsOf(dynamic_cast<IImageFrame&>(*result));
-}
-
 TEST(MediaFileReader, ReadsBackWhatTheWriterWrites) {
     TemporaryFolder const folder;
     FileStreamFactory files;
@@ -115,7 +104,8 @@ TEST(MediaFileReader, ReadsBackWhatTheWriterWrites) {
         // The pixels lie in the file that was read, where elements of four and eight bytes are at odd places.
         EXPECT_EQ(result->image().data, result->rawFrameData().rawData().data() + 28);
         if (Encoder::encodingSteps.count({format, F::BGRA_F32()})) {
-            EXPECT_EQ(decoded(format, std::move(result)), decoded(format, aligned()));
+            EXPECT_EQ(pixelsOf(*TestSupport::encoded(std::move(result), F::BGRA_F32())),
+                      pixelsOf(*TestSupport::encoded(aligned(), F::BGRA_F32())));
         }
     }
 }
