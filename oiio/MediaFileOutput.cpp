@@ -15,7 +15,6 @@
 #include <pictures/Transfer.h>
 
 #include <algorithm>
-#include <atomic>
 #include <stdexcept>
 #include <tuple>
 #include <utility>
@@ -83,8 +82,7 @@ struct MediaFileOutput::Job {
         MediaConversion::ZentrelMediaFileWriter writer(streams);
         if (proxy)
             return writer.writeFrame(path, std::move(frame));
-        static std::atomic<int> count{0};
-        ZetTool::OutputFile file(path, count++);
+        ZetTool::OutputFile file(path);
         try {
             writer.writeFrame(file.temporary(), std::move(frame));
         } catch (const std::exception& error) {
@@ -120,8 +118,11 @@ bool MediaFileOutput::open(const std::string& name, const OIIO::ImageSpec& spec,
     return guarded(*this, [&] {
         refuseWhatNoFileHolds(spec, mode);
         m_spec = completed(spec);
-        job = std::make_unique<Job>(name, m_spec);
+        auto next = std::make_unique<Job>(name, m_spec);
         ioproxy_retrieve_from_config(m_spec);
+        if (!ioproxy())
+            ZetTool::checkOutputFolder(name);
+        job = std::move(next);
         m_spec.set_format(OIIO::TypeFloat); // in which rows are to come
         m_spec.tile_width = m_spec.tile_height = m_spec.tile_depth = 0;
     });

@@ -21,7 +21,7 @@ public:
     const char* format_name() const override;
     int supports(OIIO::string_view feature) const override;
 
-    /// Fails for sizes that the format cannot hold, with the nearest that it can.
+    /// Fails for sizes that the format cannot hold, with the nearest that it can, and for a missing folder.
     bool open(const std::string& name, const OIIO::ImageSpec& spec, OpenMode mode) override;
     bool close() override;
     /// Rows come from the top one down.

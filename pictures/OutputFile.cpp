@@ -8,7 +8,9 @@
 #include <cerrno>
 #include <charconv>
 #include <csignal>
+#include <cstring>
 #include <fstream>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -45,6 +47,11 @@ const std::string& prefix() {
     return text;
 }
 
+std::string randomDigits() {
+    std::random_device source;
+    return fmt::format("{:08x}{:08x}", source(), source());
+}
+
 /// Whether the name is that of a process which no longer is.
 bool isAbandoned(std::string_view name) {
     if (name.size() < prefix().size() + suffix.size() || name.substr(0, prefix().size()) != prefix() ||
@@ -59,10 +66,10 @@ bool isAbandoned(std::string_view name) {
 
 } // namespace
 
-OutputFile::OutputFile(fs::path path, int number)
+OutputFile::OutputFile(fs::path path)
     : finalPath(std::move(path)),
       temporaryPath(finalPath.parent_path() /
-                    fmt::format("{}{}-{}{}", prefix(), ::getpid(), number, suffix)) {}
+                    fmt::format("{}{}-{}{}", prefix(), ::getpid(), randomDigits(), suffix)) {}
 
 OutputFile::~OutputFile() {
     std::error_code ignored; // after a commit there is nothing under this name
@@ -90,6 +97,17 @@ void OutputFile::commit(std::uint64_t expectedBytes) {
     if (error)
         throw std::runtime_error(fmt::format("{}: cannot be renamed from {}: {}", finalPath.string(),
                                              temporaryPath.filename().string(), error.message()));
+}
+
+void checkOutputFolder(const fs::path& file) {
+    const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
+    std::error_code ignored;
+    if (!fs::is_directory(folder, ignored))
+        throw std::runtime_error(fmt::format("the output's folder \"{}\" {}", folder.string(),
+                                             fs::exists(folder, ignored) ? "is a file" : "does not exist"));
+    if (::access(folder.c_str(), W_OK | X_OK) != 0)
+        throw std::runtime_error(fmt::format("cannot write to the output's folder \"{}\": {}",
+                                             folder.string(), std::strerror(errno)));
 }
 
 void removeAbandonedFiles(const fs::path& folder) {

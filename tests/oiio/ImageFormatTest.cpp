@@ -161,6 +161,8 @@ TEST_F(ImageFormatTest, ShowsWholeFilesOnly) {
         EXPECT_THAT(output.geterror(), HasSubstr(words));
     }
     EXPECT_FALSE(output.open(file("b.zet"), specFor(8, 4, "rgb8"), MediaFileOutput::AppendSubimage));
+    EXPECT_FALSE(output.open(file("none/b.zet"), specFor(8, 4, "rgb8"), MediaFileOutput::Create));
+    EXPECT_THAT(output.geterror(), HasSubstr("none\" does not exist"));
 }
 
 TEST_F(ImageFormatTest, SurvivesEveryBitOfTheHeaders) {

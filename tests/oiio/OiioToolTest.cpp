@@ -88,10 +88,6 @@ TEST_F(OiioTool, FailsWithTheReadersWords) {
         EXPECT_FALSE(std::filesystem::exists(folder / "b.png"));
     }
     EXPECT_EQ(readDamaged(whole.size(), 28).exitCode, 0) << "a pixel is no fault";
-
-    const auto noFolder = oiiotool({"a.zet", "-o", "none/a.zet"});
-    EXPECT_EQ(noFolder.exitCode, 1);
-    EXPECT_THAT(noFolder.errors, ContainsRegex("none/a.*zet: Failed to open file"));
 }
 
 } // namespace

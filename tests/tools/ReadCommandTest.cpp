@@ -236,7 +236,7 @@ TEST_F(ReadCommandTest, WhatCannotBeginSaysWhyAndWritesNothing) {
              {{"m.%d.zet", "-o", "out.%d.zet"}, "unknown extension \".zet\""},
              {{"m.%d.zet", "-o", "out.png"}, "would take 2 frames"},
              {{"m.%d.zet", "-o", "gone/out.%d.png"}, "folder \"gone\" does not exist"},
-             {{"m.%d.zet", "-o", "m.1.zet/out.%d.png"}, "is no folder"},
+             {{"m.%d.zet", "-o", "m.1.zet/out.%d.png"}, "is a file"},
              {{"n.%d.zet", "-o", "out.%d.png"}, "no file matches \"n.%d.zet\""},
              {{"m.1.zet", "-o", "out.%d.png", "--frames", "7"}, "frame 7: none of the listed files"},
              {{"m.%d.zet", "-o", "out.%d.exr", "--colorspace", "ACEScg"}, "colour space \"ACEScg\""},

@@ -81,7 +81,7 @@ void Manifest::save(const std::filesystem::path& file) const {
     std::string text = fmt::format("{}: XXH128 of the whole file, bytes, name\n", mark);
     for (const auto& [name, sum] : sums)
         text += fmt::format("{} {} {}\n", sum.checksum, sum.bytes, name);
-    OutputFile output(file, 0);
+    OutputFile output(file);
     std::ofstream stream(output.temporary(), std::ios::binary);
     if (!stream)
         throw std::runtime_error(

@@ -130,7 +130,7 @@ void PictureFileType::checkColourSpace(const std::string& colourSpace) const {
                         colourSpace, name));
 }
 
-std::uint64_t PictureFileType::write(const OutputPicture& picture, const fs::path& path, int number) const {
+std::uint64_t PictureFileType::write(const OutputPicture& picture, const fs::path& path) const {
     checkColourSpace(picture.colourSpace);
     const cv::Mat source =
         isLinear() ? linearised(picture.pixels, curveFor(picture.colourSpace), picture.premultiplied)
@@ -141,7 +141,7 @@ std::uint64_t PictureFileType::write(const OutputPicture& picture, const fs::pat
     if (pixels.channels() == 4 && !picture.premultiplied && !isLinear())
         spec.attribute("oiio:UnassociatedAlpha", 1);
 
-    OutputFile file(path, number);
+    OutputFile file(path);
     try {
         writePixels(name, spec, pixels, file);
     } catch (const std::exception& error) {

@@ -33,9 +33,9 @@ public:
     void checkColourSpace(const std::string& colourSpace) const;
 
     /// Writes the file under a temporary name and renames that; returns its length. Samples are written as
-    /// they are, but linear types get linear ones with their colour multiplied by alpha. `number` tells apart
-    /// the files that this process writes at the same time. Throws std::runtime_error that names the file.
-    std::uint64_t write(const OutputPicture& picture, const std::filesystem::path& file, int number) const;
+    /// they are, but linear types get linear ones with their colour multiplied by alpha. Throws
+    /// std::runtime_error that names the file.
+    std::uint64_t write(const OutputPicture& picture, const std::filesystem::path& file) const;
 
 private:
     std::string name;

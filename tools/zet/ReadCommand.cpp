@@ -57,10 +57,7 @@ Plan planRead(const Options& options) {
         throw std::runtime_error(fmt::format(
             "the output name \"{}\" would take {}; give it a place for the frame number, such as \"%04d\"",
             options.output, frameCount(plan.frames.size())));
-    const fs::path folder = plan.target.path().parent_path();
-    if (std::error_code error; !folder.empty() && !fs::is_directory(folder, error))
-        throw std::runtime_error(
-            fmt::format("the output's folder \"{}\" does not exist or is no folder", folder.string()));
+    checkOutputFolder(plan.target.path());
     return plan;
 }
 
@@ -85,7 +82,7 @@ std::uint64_t readFrame(const Plan& plan, const MediaFrame& media, const Options
     OutputPicture picture{decoded.pixels(), bitsOf(format), options.colourSpace, options.premultiplied};
     if (!holdsAlpha(format))
         cv::cvtColor(decoded.pixels(), picture.pixels, cv::COLOR_BGRA2BGR);
-    return plan.type.write(picture, plan.target.frame(media.frame), media.frame);
+    return plan.type.write(picture, plan.target.frame(media.frame));
 }
 
 Result readFrames(const Plan& plan, const Options& options, Progress& progress) {
@@ -191,8 +188,9 @@ void addReadCommand(CLI::App& program, ExitCode& exitCode) {
         "a tag. EXR and HDR are linear light by convention: for them, samples are taken back from\n"
         "sRGB or Rec709, and colour is multiplied by alpha.\n\n"
         "Files appear under their names when they are whole; until then they are called\n"
-        ".zet-HOST-MACHINE-PROCESS-FRAME.part in the same folder. Those that a killed process left there\n"
-        "are removed by the next run on the same machine.\n\n"
+        ".zet-HOST-MACHINE-PROCESS-RANDOM.part in the same folder. Those that a killed process left there\n"
+        "are removed by the next run on the same machine. Where a name is a symbolic link, the file takes\n"
+        "the link's place, and what it leads to stays as it is.\n\n"
         "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
         "2 the run could not start; 130 interrupted.");
     command->callback([options, &exitCode] { exitCode = run(*options); });

@@ -210,7 +210,7 @@ ExitCode run(const Options& options) {
     const std::vector<SheetCell> cells = collectCells(entries, options.amplify);
     const int columns = options.columns > 0 ? options.columns : chooseColumns(cells, tile);
     const cv::Mat sheet = drawSheet(cells, tile, columns);
-    type.write({sheet}, options.output, 0);
+    type.write({sheet}, options.output);
     if (!options.quiet) {
         printTable(entries);
         std::cout << fmt::format("wrote {} ({}x{})\n", options.output, sheet.cols, sheet.rows);

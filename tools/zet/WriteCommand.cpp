@@ -193,8 +193,9 @@ void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode
         "Formats (index, short name, label):\n" + listOutputFormats() +
         "\n\n"
         "Files appear under their names when they are whole; until then they are called\n"
-        ".zet-HOST-MACHINE-PROCESS-FRAME.part in the same folder. Those that a killed process left there\n"
-        "are removed by the next run on the same machine.\n\n" +
+        ".zet-HOST-MACHINE-PROCESS-RANDOM.part in the same folder. Those that a killed process left there\n"
+        "are removed by the next run on the same machine. Where a name is a symbolic link, the file takes\n"
+        "the link's place, and what it leads to stays as it is.\n\n" +
         memoryEstimate +
         "\n\n"
         "--verify checks the headers and the length of the file that was written, and compares every\n"

@@ -4,14 +4,11 @@
 #include "Progress.h"
 
 #include <fmt/format.h>
-
-#include <unistd.h>
+#include <pictures/OutputFile.h>
 
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cerrno>
-#include <cstring>
 #include <ostream>
 #include <stdexcept>
 
@@ -45,17 +42,6 @@ void refuseFolder(const fs::path& output) {
         throw std::runtime_error(
             fmt::format("output \"{}\" is a folder; give a file name in it, such as \"{}\"", output.string(),
                         (output / "out.%04d.zet").string()));
-}
-
-void checkFolder(const fs::path& output) {
-    const fs::path folder = output.has_parent_path() ? output.parent_path() : fs::path(".");
-    std::error_code ignored;
-    if (!fs::is_directory(folder, ignored))
-        throw std::runtime_error(fmt::format("the output's folder \"{}\" {}", folder.string(),
-                                             fs::exists(folder, ignored) ? "is a file" : "does not exist"));
-    if (::access(folder.c_str(), W_OK | X_OK) != 0)
-        throw std::runtime_error(fmt::format("cannot write to the output's folder \"{}\": {}",
-                                             folder.string(), std::strerror(errno)));
 }
 
 SequencePattern planTarget(const fs::path& output, const std::vector<int>& frames) {
@@ -105,7 +91,7 @@ WritePlan planWrite(const WriteRequest& request) {
     refuseFolder(output);
     const std::string fileType = findFileType(output);
     const OutputFormat& format = findOutputFormat(request.format);
-    checkFolder(output);
+    checkOutputFolder(output);
 
     auto source = request.chart ? openChart(*request.chart) : openPictureFiles(request.pictures);
     std::vector<int> frames = planFrames(*source, request);

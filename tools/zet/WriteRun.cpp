@@ -61,7 +61,7 @@ private:
     std::uint64_t write(WriteNode& node, int frame) {
         Picture picture = plan.source->read(frame);
         const MediaFileShape& shape = plan.shapeFor(frame, picture.header());
-        OutputFile file(plan.target.frame(frame), frame);
+        OutputFile file(plan.target.frame(frame));
         const EmbeddedHost::RenderSettings how{chooseTransfer(settings.transfer, picture.header()),
                                                picture.header().premultiplied};
         const auto rendered = node.render(picture, file.temporary(), how);
