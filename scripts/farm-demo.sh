@@ -164,9 +164,8 @@ squeue --noheader --states all --format '  chunk %K: %T %R' | grep -Ev 'COMPLETE
 start zet2
 queue_is_empty() { local jobs; jobs=$(squeue --noheader) && [[ -z $jobs ]]; }
 check() {
-    cat "$farm"/manifests/*.txt >"$farm/manifest.txt"
     "$zet" check "$farm/out/chart.%07d.zet" --frames "1-$frames" --format "$format" --size "$size" \
-        --manifest "$farm/manifest.txt"
+        --manifest "$farm"/manifests/*.txt
 }
 wait_for 1800 "the job" queue_is_empty
 # What was killed in ways that Slurm does not see again is done by the same job once more; it skips what is whole.

@@ -97,7 +97,21 @@ Progress::Style progressStyle(const Options& options) {
     return worthIt && ::isatty(STDOUT_FILENO) ? Progress::Style::Bar : Progress::Style::Silent;
 }
 
+/// A sequence that follows the manifests is taken for one more of them; it is the only one with a field.
+void findPattern(CheckRequest& request) {
+    auto& names = request.manifests;
+    const auto isSequence = [](const std::string& name) { return SequencePattern(name).hasField(); };
+    if (const auto found = std::find_if(names.begin(), names.end(), isSequence); found != names.end()) {
+        request.pattern = *found;
+        names.erase(found);
+    }
+}
+
 ExitCode run(Options options) {
+    if (options.request.pattern.empty())
+        findPattern(options.request);
+    if (options.request.pattern.empty())
+        throw std::runtime_error("no sequence to check: name one such as \"shot.%04d.zet\"");
     if (options.format)
         options.request.format = &findOutputFormat(*options.format);
     if (options.size)
@@ -120,10 +134,8 @@ void addCheckCommand(CLI::App& program, ExitCode& exitCode) {
     options->request.jobs = std::max(1u, std::thread::hardware_concurrency());
 
     CLI::App* command = program.add_subcommand("check", "Check that a whole sequence is fit to be played");
-    command
-        ->add_option("PATTERN", options->request.pattern,
-                     "The sequence: shot.%04d.zet, shot.####.zet or shot.@@@@.zet")
-        ->required();
+    command->add_option("PATTERN", options->request.pattern,
+                        "The sequence: shot.%04d.zet, shot.####.zet or shot.@@@@.zet");
     command
         ->add_option("--frames", options->request.frames,
                      "Frames that there should be, no more and no less, as in 1001-1100, 1-10x3 or 2,5-6; "
@@ -131,10 +143,9 @@ void addCheckCommand(CLI::App& program, ExitCode& exitCode) {
         ->type_name("RANGES");
     command
         ->add_option("--manifest", options->request.manifests,
-                     "Compare the content with the checksums that \"zet write --manifest\" wrote; may come "
-                     "several times")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
+                     "Compare the content with the checksums that \"zet write --manifest\" wrote; takes "
+                     "several files, as in manifests/*.txt, and may come several times")
+        ->type_name("FILE");
     command
         ->add_option("-f,--format", options->format,
                      "Format that all files should have: label, short name or index; without it that of most")

@@ -19,9 +19,6 @@ public:
     PictureHeader header(int frame) const override { return readPictureHeader(file(frame)); }
     Picture read(int frame) const override { return readPicture(file(frame)); }
     std::string name(int frame) const override { return file(frame).string(); }
-
-protected:
-    virtual fs::path file(int frame) const = 0;
 };
 
 class Sequence final : public PictureFiles {
@@ -29,10 +26,9 @@ public:
     explicit Sequence(SequencePattern pattern) : files(std::move(pattern)) {}
 
     std::vector<int> frames() const override { return files.framesOnDisk(); }
-
-private:
     fs::path file(int frame) const override { return files.frame(frame); }
 
+private:
     SequencePattern files;
 };
 
@@ -46,8 +42,6 @@ public:
             numbers.push_back(number);
         return numbers;
     }
-
-private:
     fs::path file(int frame) const override {
         const auto found = files.find(frame);
         if (found == files.end())
@@ -55,6 +49,7 @@ private:
         return found->second;
     }
 
+private:
     std::map<int, fs::path> files;
 };
 
@@ -68,6 +63,7 @@ public:
         return numbers;
     }
     std::string name(int) const override { return "chart"; }
+    fs::path file(int) const override { return {}; }
     PictureHeader header(int) const override { return chart.header(); }
     Picture read(int frame) const override { return chart.draw(frame); }
 

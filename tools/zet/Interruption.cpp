@@ -1,5 +1,10 @@
 #include "Interruption.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+#include <string_view>
+
 namespace ZetTool {
 namespace {
 
@@ -7,7 +12,14 @@ namespace {
 std::atomic<bool> flag{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
 
-void request(int) { flag = true; }
+void request(int) {
+    if (flag.exchange(true))
+        return;
+    constexpr std::string_view text = "\nzet: stopping after the frames in hand; once more stops at once\n";
+    const int before = errno;
+    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, text.data(), text.size());
+    errno = before;
+}
 
 } // namespace
 

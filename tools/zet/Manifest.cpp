@@ -52,7 +52,7 @@ Manifest Manifest::load(const std::filesystem::path& file) {
                              : std::string("cannot be opened: ") + std::strerror(errno)));
     std::getline(stream, line);
     Manifest manifest;
-    for (std::size_t number = 2; std::getline(stream, line); ++number) {
+    for (std::size_t number = 2; std::getline(stream, line) && !stream.eof(); ++number) {
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
         if (line.empty() || line.front() == '#')
@@ -63,24 +63,37 @@ Manifest Manifest::load(const std::filesystem::path& file) {
                 fmt::format("line {} of manifest \"{}\" is \"{}\", expected {} lower-case "
                             "hexadecimal digits, a length and a file name",
                             number, file.string(), line, checksumDigits));
-        manifest.merge({{{entry->name, entry->sum}}});
+        if (!(manifest.sums.emplace(entry->name, entry->sum).first->second == entry->sum))
+            throw std::runtime_error(
+                fmt::format("line {} of manifest \"{}\" lists \"{}\" once more, differently", number,
+                            file.string(), entry->name));
     }
     if (stream.bad())
         throw std::runtime_error(fmt::format("manifest \"{}\" cannot be read to its end", file.string()));
     return manifest;
 }
 
-void Manifest::merge(const Manifest& other) {
-    for (const auto& [name, sum] : other.sums)
-        if (const auto [place, isNew] = sums.emplace(name, sum); !isNew && !(place->second == sum))
-            throw std::runtime_error(
-                fmt::format("\"{}\" is listed as {} and as {}", name, place->second.checksum, sum.checksum));
+std::string Manifest::faultOf(const std::filesystem::path& file) const {
+    const auto listed = sums.find(file.filename().string());
+    if (listed == sums.end())
+        return "not in the manifest";
+    try {
+        if (const auto bytes = std::filesystem::file_size(file); bytes != listed->second.bytes)
+            return fmt::format("{} bytes long, the manifest says {}", bytes, listed->second.bytes);
+        return sumFile(file) == listed->second ? "" : "content differs from the manifest's checksum";
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
+
+std::string Manifest::line(const std::string& name, const FileSum& sum) {
+    return fmt::format("{} {} {}\n", sum.checksum, sum.bytes, name);
 }
 
 void Manifest::save(const std::filesystem::path& file) const {
     std::string text = fmt::format("{}: XXH128 of the whole file, bytes, name\n", mark);
     for (const auto& [name, sum] : sums)
-        text += fmt::format("{} {} {}\n", sum.checksum, sum.bytes, name);
+        text += line(name, sum);
     OutputFile output(file);
     std::ofstream stream(output.temporary(), std::ios::binary);
     if (!stream)

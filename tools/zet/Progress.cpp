@@ -53,18 +53,19 @@ std::string byteText(std::uint64_t bytes) {
 
 std::string rates(const ProgressCount& count) {
     return fmt::format("{:.1f} frames/s, {:.1f} MB/s",
-                       perSecond(static_cast<double>(count.done - count.failed), count),
+                       perSecond(static_cast<double>(count.done - count.before), count),
                        perSecond(static_cast<double>(count.bytes) / 1e6, count));
 }
 
 std::string progressLine(const ProgressCount& count) {
-    std::string line =
-        fmt::format("{}% {}/{} frames, {}", count.total > 0 ? 100 * count.done / count.total : 100,
-                    count.done, count.total, rates(count));
-    if (count.done > 0) {
-        const double remaining =
-            static_cast<double>(count.total - count.done) / static_cast<double>(count.done);
-        line += fmt::format(", {} left", timeText(count.seconds * remaining));
+    std::string line = fmt::format("{}% {}/{} frames", count.total > 0 ? 100 * count.done / count.total : 100,
+                                   count.done, count.total);
+    if (count.failed > 0)
+        line += fmt::format(", {} failed", count.failed);
+    line += ", " + rates(count);
+    if (const std::size_t tried = count.done - count.before + count.failed; tried > 0) {
+        const auto remaining = static_cast<double>(count.total - count.done - count.failed);
+        line += fmt::format(", {} left", timeText(count.seconds * remaining / static_cast<double>(tried)));
     }
     return line;
 }
@@ -83,14 +84,18 @@ Progress::Style Progress::styleForOutput(bool quiet) {
     return quiet ? Style::Silent : ::isatty(STDOUT_FILENO) ? Style::Bar : Style::Lines;
 }
 
-Progress::Progress(Style howToShow, std::ostream& out, std::ostream& err, std::size_t totalFrames)
+Progress::Progress(Style howToShow, std::ostream& out, std::ostream& err, std::size_t totalFrames,
+                   std::size_t doneBefore)
     : style(howToShow), output(out), errors(err) {
     count.total = totalFrames;
+    count.done = count.before = doneBefore;
 }
 
 void Progress::written(std::uint64_t bytes) {
     const std::lock_guard lock(mutex);
-    step(bytes);
+    ++count.done;
+    count.bytes += bytes;
+    step();
 }
 
 void Progress::failed(const std::string& message) {
@@ -98,20 +103,18 @@ void Progress::failed(const std::string& message) {
     clear();
     errors << message << std::endl;
     ++count.failed;
-    step(0);
+    step();
 }
 
 ProgressCount Progress::finish() {
     const std::lock_guard lock(mutex);
     clear();
-    if (style == Style::Lines && count.done > 0)
+    if (style == Style::Lines)
         show(); // the last word to whoever reads along
     return count;
 }
 
-void Progress::step(std::uint64_t bytes) {
-    ++count.done;
-    count.bytes += bytes;
+void Progress::step() {
     const auto now = Clock::now();
     count.seconds = std::chrono::duration<double>(now - start).count();
     if (style == Style::Silent || now - shown < (style == Style::Bar ? barInterval : lineInterval))

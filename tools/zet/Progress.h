@@ -11,14 +11,16 @@ namespace ZetTool {
 
 /// How far a run has come.
 struct ProgressCount {
-    std::size_t done = 0; ///< frames written or failed
+    std::size_t done = 0; ///< frames whose files are there
     std::size_t total = 0;
     std::uint64_t bytes = 0; ///< written so far
     double seconds = 0;      ///< since the start
-    std::size_t failed = 0;  ///< of those that are done
+    std::size_t failed = 0;  ///< frames that will not be done
+    std::size_t before = 0;  ///< of those that are done, those that were at the start
 };
 
-/// "50% 12/24 frames, 7.5 frames/s, 46.7 MB/s, 0:02 left": the first number is for schedulers to find.
+/// "50% 12/24 frames, 2 failed, 7.5 frames/s, 46.7 MB/s, 0:02 left": the first number is for schedulers to
+/// find.
 std::string progressLine(const ProgressCount& count);
 /// The same behind a bar, in at most `columns` columns.
 std::string progressBar(const ProgressCount& count, std::size_t columns);
@@ -41,7 +43,9 @@ public:
     /// What suits the process's standard output.
     static Style styleForOutput(bool quiet);
 
-    Progress(Style style, std::ostream& output, std::ostream& errors, std::size_t totalFrames);
+    /// `doneBefore` counts those of the frames that there is nothing to do for.
+    Progress(Style style, std::ostream& output, std::ostream& errors, std::size_t totalFrames,
+             std::size_t doneBefore = 0);
 
     void written(std::uint64_t bytes);
     void failed(const std::string& message);
@@ -51,7 +55,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    void step(std::uint64_t bytes);
+    void step();
     void show();
     void clear();
 

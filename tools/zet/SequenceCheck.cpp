@@ -1,6 +1,5 @@
 #include "SequenceCheck.h"
 
-#include "Checksum.h"
 #include "FrameRange.h"
 #include "Parallel.h"
 
@@ -28,10 +27,21 @@ SequencePattern parsePattern(const std::string& text) {
     return pattern;
 }
 
+[[noreturn]] void refuseContradiction(const std::vector<std::string>& manifests, const std::string& name) {
+    std::string places;
+    for (const std::string& file : manifests)
+        if (const auto sums = Manifest::load(file).sums; sums.count(name) > 0)
+            places += fmt::format("\n  {} in \"{}\"", sums.at(name).checksum, file);
+    throw std::runtime_error(
+        fmt::format("the manifests contradict each other: \"{}\" is listed as{}", name, places));
+}
+
 Manifest loadAll(const std::vector<std::string>& files) {
     Manifest all;
     for (const std::string& file : files)
-        all.merge(Manifest::load(file));
+        for (const auto& [name, sum] : Manifest::load(file).sums)
+            if (!(all.sums.emplace(name, sum).first->second == sum))
+                refuseContradiction(files, name);
     return all;
 }
 
@@ -69,7 +79,7 @@ CheckResult SequenceCheck::run(Progress& progress) {
         Seen& one = seen[index];
         one.file = inspect(pattern.frame(one.frame));
         if (one.file.info && !request.manifests.empty())
-            one.contentFault = compareContent(one.file);
+            one.contentFault = manifest.faultOf(one.file.path);
         progress.written(one.file.info ? one.file.info->fileBytes : 0);
     });
     result.files = seen.size();
@@ -101,20 +111,6 @@ void SequenceCheck::sortOut(const std::vector<int>& onDisk) {
         fault(frame, "not one of the expected frames");
     for (const int frame : there)
         seen.push_back({frame, {}, {}});
-}
-
-/// Against the manifest; empty when they agree.
-std::string SequenceCheck::compareContent(const FoundFile& file) const {
-    const auto listed = manifest.sums.find(file.path.filename().string());
-    if (listed == manifest.sums.end())
-        return "not in the manifest";
-    if (file.info->fileBytes != listed->second.bytes)
-        return fmt::format("{} bytes long, the manifest says {}", file.info->fileBytes, listed->second.bytes);
-    try {
-        return sumFile(file.path) == listed->second ? "" : "content differs from the manifest's checksum";
-    } catch (const std::exception& error) {
-        return error.what();
-    }
 }
 
 /// What most of the files say of themselves.

@@ -60,7 +60,6 @@ private:
 
     void fault(int frame, std::string text);
     void sortOut(const std::vector<int>& onDisk);
-    std::string compareContent(const FoundFile& file) const;
     std::optional<MediaFileInfo> commonLook() const;
     void judge(const Seen& one);
 

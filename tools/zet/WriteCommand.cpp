@@ -18,6 +18,8 @@
 #include <stdexcept>
 #include <thread>
 
+namespace fs = std::filesystem;
+
 namespace ZetTool {
 namespace {
 
@@ -29,6 +31,7 @@ struct Options {
     std::string plugin;
     std::string manifest;
     std::string memory; ///< empty: the default
+    bool resume = false;
     bool dryRun = false;
     bool quiet = false;
 };
@@ -74,15 +77,12 @@ ExitCode judge(const WritePlan& plan, const RunResult& result, const std::string
     return result.failed.empty() ? ExitCode::Done : ExitCode::FramesFailed;
 }
 
-/// By now files are written, so that a failure is no longer one to start.
-bool finish(WriteManifest& manifest, const RunResult& result, unsigned jobs) {
-    try {
-        manifest.finish(result, jobs, Interruption::requested());
-        return true;
-    } catch (const std::exception& error) {
-        std::cerr << fmt::format("zet: {}\n", error.what());
-        return false;
-    }
+/// That of an earlier run, empty when this is the first; nothing when none is kept.
+std::optional<Manifest> earlierManifest(const std::string& file) {
+    if (file.empty())
+        return std::nullopt;
+    std::error_code error;
+    return fs::exists(file, error) ? Manifest::load(file) : Manifest{};
 }
 
 void limitJobs(Options& options, const WritePlan& plan) {
@@ -102,8 +102,11 @@ ExitCode run(Options options, const std::string& commandLine) {
     else if (options.request.pictures.empty())
         throw std::runtime_error("no pictures: give a sequence, a list of files, or --chart WIDTHxHEIGHT");
     options.run.transfer = parseTransferChoice(options.transfer);
-    EmbeddedHost::loadPlugin(options.plugin.empty() ? ownPlugin() : std::filesystem::path(options.plugin));
-    const WritePlan plan = planWrite(options.request);
+    EmbeddedHost::loadPlugin(options.plugin.empty() ? ownPlugin() : fs::path(options.plugin));
+    WritePlan plan = planWrite(options.request);
+    std::optional<Manifest> earlier = earlierManifest(options.manifest);
+    if (options.resume)
+        leaveOutWhole(plan, earlier ? &*earlier : nullptr, options.run.jobs);
     limitJobs(options, plan);
 
     if (!options.quiet)
@@ -115,19 +118,17 @@ ExitCode run(Options options, const std::string& commandLine) {
     }
 
     std::optional<WriteManifest> manifest;
-    if (!options.manifest.empty())
-        manifest.emplace(options.manifest, plan);
-    options.run.sums = manifest.has_value();
+    if (earlier)
+        options.run.manifest = &manifest.emplace(options.manifest, std::move(*earlier), plan);
 
     const Interruption interruption;
-    Progress progress(Progress::styleForOutput(options.quiet), std::cout, std::cerr, plan.frames.size());
+    Progress progress(Progress::styleForOutput(options.quiet), std::cout, std::cerr,
+                      plan.frames.size() + plan.whole.size(), plan.whole.size());
     const RunResult result = runWrite(plan, options.run, progress, Interruption::requested());
     const ProgressCount count = progress.finish();
     if (!options.quiet)
         printSummary(plan, result, count, options.run.verify);
-    const ExitCode outcome =
-        judge(plan, result, options.request.resume ? commandLine : resuming(commandLine));
-    return manifest && !finish(*manifest, result, options.run.jobs) ? ExitCode::FramesFailed : outcome;
+    return judge(plan, result, options.resume ? commandLine : resuming(commandLine));
 }
 
 } // namespace
@@ -175,8 +176,10 @@ void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode
         ->add_option("--memory", options->memory,
                      "Memory to stay within, as in 2GB or 1500MB; without it half of the machine's")
         ->type_name("SIZE");
-    command->add_flag("--resume", options->request.resume,
-                      "Leave out the frames whose files are whole already");
+    command->add_flag(
+        "--resume", options->resume,
+        "Leave out the frames whose files are whole and newer than their pictures; with --manifest "
+        "those whose files are as it lists them");
     command->add_flag("--verify", options->run.verify,
                       "Read each file back and compare it with its picture before it gets its name");
     command
@@ -202,10 +205,14 @@ void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode
         "byte of its pixels with a second conversion of the picture, which the library makes in memory\n"
         "without the plug-in. It finds what goes wrong between conversion and file, not what the\n"
         "conversion itself may do wrong; the system may answer from its memory instead of the disk.\n"
-        "Files that --resume leaves out are not verified.\n\n" +
+        "\n"
+        "--resume leaves out a frame when the file under its name has the headers and the length that\n"
+        "would be written and is newer than the picture. With --manifest it must have the checksum of its\n"
+        "entry, too; a file without an entry is written again. It cannot see that other options, such as\n"
+        "--transfer, have changed. What it leaves out is not verified.\n\n" +
         Manifest::description +
-        "\nEntries of files that a run does not write are kept; files that --resume leaves out get one if\n"
-        "they have none. Runs at the same time need a manifest each: \"zet check\" takes several.\n\n"
+        "\nEach file gets its entry as soon as it has its name. Entries of files that a run does not write\n"
+        "are kept. Runs at the same time need a manifest each: \"zet check\" takes several.\n\n"
         "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
         "2 the run could not start; 130 interrupted.");
     command->callback([options, &commandLine, &exitCode] { exitCode = run(*options, commandLine); });

@@ -3,10 +3,10 @@
 
 #include "Manifest.h"
 #include "WritePlan.h"
-#include "WriteRun.h"
 
-#include <atomic>
 #include <filesystem>
+#include <fstream>
+#include <mutex>
 
 namespace ZetTool {
 
@@ -14,21 +14,18 @@ namespace ZetTool {
 /// without an entry, never a wrong entry.
 class WriteManifest {
 public:
-    /// Takes over an existing manifest without the files that the plan is about to write, and saves it.
-    /// Throws std::runtime_error when it is there but no manifest, or cannot be written.
-    WriteManifest(std::filesystem::path file, const WritePlan& plan);
+    /// Saves the earlier entries without those of the files that the plan is about to write. Throws
+    /// std::runtime_error when that fails.
+    WriteManifest(std::filesystem::path file, Manifest earlier, const WritePlan& plan);
 
-    /// Adds the files that were written, and those that the plan left out as whole and that the manifest did
-    /// not have, unless `stop` is set; saves it. Throws std::runtime_error that names the file it failed for.
-    void finish(const RunResult& result, unsigned jobs, const std::atomic<bool>& stop);
+    /// Adds a file that has just got its name, at once and from any thread. Throws std::runtime_error when it
+    /// cannot be written.
+    void add(const std::filesystem::path& written, const FileSum& sum);
 
 private:
-    std::string nameOf(int frame) const;
-    void sumWholeFiles(unsigned jobs, const std::atomic<bool>& stop);
-
     const std::filesystem::path file;
-    const WritePlan& plan;
-    Manifest manifest;
+    std::mutex mutex;
+    std::ofstream stream;
 };
 
 } // namespace ZetTool

@@ -1,6 +1,7 @@
 #include "WritePlan.h"
 
 #include "FrameRange.h"
+#include "Parallel.h"
 #include "Progress.h"
 
 #include <fmt/format.h>
@@ -75,6 +76,22 @@ std::optional<PictureHeader> firstHeader(const FrameSource& source, const std::v
     return std::nullopt;
 }
 
+bool isNewer(const fs::path& file, const fs::path& picture) {
+    std::error_code noFile, noPicture;
+    const auto written = fs::last_write_time(file, noFile), changed = fs::last_write_time(picture, noPicture);
+    return !noFile && (noPicture || written > changed);
+}
+
+bool isWhole(const WritePlan& plan, int frame, const Manifest* manifest) {
+    try {
+        const fs::path file = plan.target.frame(frame);
+        return plan.shape->matches(file) && isNewer(file, plan.source->file(frame)) &&
+               (!manifest || manifest->faultOf(file).empty());
+    } catch (const std::exception&) {
+        return false; // the frame's turn will tell why
+    }
+}
+
 } // namespace
 
 const MediaFileShape& WritePlan::shapeFor(int frame, const PictureHeader& header) const {
@@ -101,14 +118,18 @@ WritePlan planWrite(const WriteRequest& request) {
     plan.picture = firstHeader(*plan.source, plan.frames);
     if (plan.picture)
         plan.shape.emplace(format, plan.picture->size);
-    if (request.resume && plan.shape) {
-        const auto firstWhole = std::stable_partition(plan.frames.begin(), plan.frames.end(), [&](int frame) {
-            return !plan.shape->matches(plan.target.frame(frame));
-        });
-        plan.whole.assign(firstWhole, plan.frames.end());
-        plan.frames.erase(firstWhole, plan.frames.end());
-    }
     return plan;
+}
+
+void leaveOutWhole(WritePlan& plan, const Manifest* manifest, unsigned jobs) {
+    if (!plan.shape)
+        return;
+    const std::vector<int> all = std::move(plan.frames);
+    std::vector<char> whole(all.size());
+    forEachIndex(all.size(), jobs, [&](std::size_t i) { whole[i] = isWhole(plan, all[i], manifest); });
+    plan.frames.clear();
+    for (std::size_t i = 0; i < all.size(); ++i)
+        (whole[i] ? plan.whole : plan.frames).push_back(all[i]);
 }
 
 std::size_t printPlan(const WritePlan& plan, std::ostream& output, std::ostream& errors) {

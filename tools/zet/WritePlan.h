@@ -2,6 +2,7 @@
 #pragma once
 
 #include "FrameSource.h"
+#include "Manifest.h"
 #include "SequencePattern.h"
 
 #include <pictures/FormatChoice.h>
@@ -22,7 +23,6 @@ struct WriteRequest {
     std::string output;
     std::string format = "0";          ///< label, short name or index
     std::optional<std::string> frames; ///< ranges; without them all that are there
-    bool resume = false;               ///< leave out the frames whose files are whole
 };
 
 struct WritePlan {
@@ -46,6 +46,11 @@ struct WritePlan {
 /// frames, a size that the format cannot hold, an output folder that is missing or closed, an output name
 /// that is a folder or would take several frames.
 WritePlan planWrite(const WriteRequest& request);
+
+/// Moves to `whole` the frames whose files need not be written again: those that have the head and the length
+/// of what would be written, that are newer than their pictures and, where there is a manifest, that are as
+/// it lists them. Looks at up to `jobs` files at once.
+void leaveOutWhole(WritePlan& plan, const Manifest* manifest, unsigned jobs);
 
 /// Lists what would be written, with sizes, and what stands in the way of single frames. Returns the number
 /// of frames that would fail.

@@ -71,10 +71,8 @@ private:
                                                  file.diskIsFull(shape.bytes()) ? "; the disk is full" : ""));
         const FileSum sum = readBack(frame, file.temporary(), picture, how);
         file.commit(shape.bytes());
-        if (settings.sums) {
-            const std::lock_guard lock(mutex);
-            result.sums.emplace(frame, sum);
-        }
+        if (settings.manifest)
+            settings.manifest->add(plan.target.frame(frame), sum);
         return shape.bytes();
     }
 
@@ -82,9 +80,9 @@ private:
     FileSum readBack(int frame, const std::filesystem::path& file, Picture& picture,
                      const EmbeddedHost::RenderSettings& how) const {
         try {
-            return settings.verify ? verifyFile(file, picture, how, *plan.format)
-                   : settings.sums ? sumFile(file)
-                                   : FileSum{};
+            return settings.verify     ? verifyFile(file, picture, how, *plan.format)
+                   : settings.manifest ? sumFile(file)
+                                       : FileSum{};
         } catch (const std::exception& error) {
             throw std::runtime_error(fmt::format("{}: read back, it is not what was written: {}",
                                                  plan.target.frame(frame).string(), error.what()));

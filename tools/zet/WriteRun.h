@@ -1,14 +1,13 @@
 // Carrying out a plan: pictures in, media files out, several frames at once.
 #pragma once
 
-#include "Checksum.h"
 #include "Progress.h"
+#include "WriteManifest.h"
 #include "WritePlan.h"
 
 #include <pictures/Transfer.h>
 
 #include <atomic>
-#include <map>
 #include <vector>
 
 namespace ZetTool {
@@ -16,16 +15,15 @@ namespace ZetTool {
 struct RunSettings {
     unsigned jobs = 1; ///< frames at once
     TransferChoice transfer = TransferChoice::Auto;
-    bool failFast = false; ///< begin no further frame once one has failed
-    bool verify = false;   ///< compare each file with its picture before it gets its name
-    bool sums = false;     ///< take the sum of each file
+    bool failFast = false;             ///< begin no further frame once one has failed
+    bool verify = false;               ///< compare each file with its picture before it gets its name
+    WriteManifest* manifest = nullptr; ///< to list the files in, if anywhere
 };
 
-/// Frames in neither list were not begun.
+/// Both ascending; frames in neither list were not begun.
 struct RunResult {
     std::vector<int> written;
-    std::vector<int> failed;     ///< ascending
-    std::map<int, FileSum> sums; ///< of written files, when asked for
+    std::vector<int> failed;
 };
 
 /// Writes the plan's frames with the loaded plug-in until all are done or `stop` is set; frames in hand are
