@@ -170,6 +170,8 @@ TEST(CheckCommandTest, WhatCannotBeCheckedSaysWhy) {
         EXPECT_THAT(result.errors, HasSubstr("line 4 of manifest \"bad\" is \"" + line + "\""));
     }
     std::ofstream(sequence.file("other")) << head << sum << " 412 s.01.zet\n";
+    EXPECT_THAT(sequence.zet("chekc s.%02d.zet --frames 1-9").errors,
+                StartsWith("zet: unknown command \"chekc\""));
     for (const auto& [arguments, message] : {
              std::pair<std::string, std::string>{"s.01.zet", "no place for the frame number"},
              {"t.%d.zet", "no file matches \"t.%d.zet\""},

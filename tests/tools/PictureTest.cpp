@@ -16,6 +16,8 @@
 #include <tuple>
 #include <vector>
 
+#include <sys/stat.h>
+
 using namespace testing;
 using namespace TestSupport;
 using namespace ZetTool;
@@ -121,7 +123,9 @@ TEST_F(PictureTest, NamesTheFileThatCannotBeRead) {
     }
     std::ofstream(folder / "empty.exr");
     std::ofstream(folder / "text.png") << "not a picture";
-    for (const char* name : {"cut.exr", "cut.tif", "cut.jpg", "empty.exr", "text.png", "none.exr", "."})
+    ASSERT_EQ(::mkfifo((folder / "pipe.png").c_str(), 0600), 0);
+    for (const char* name :
+         {"cut.exr", "cut.tif", "cut.jpg", "empty.exr", "text.png", "none.exr", ".", "pipe.png"})
         EXPECT_THAT(messageOf([&] { readPicture(folder / name); }),
                     HasSubstr((folder / name).string() + ": "));
     EXPECT_THAT(messageOf([&] { readPictureHeader(folder / "none.exr"); }), HasSubstr("does not exist"));

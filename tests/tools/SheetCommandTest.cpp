@@ -163,6 +163,7 @@ TEST_F(SheetCommandTest, TellsOfFilesThatCannotBeShownOrCompared) {
     EXPECT_EQ(load(folder / "s.png").count(red), 2 * 320 * 160);
 
     for (const auto& [arguments, message] : std::vector<std::pair<std::vector<std::string>, std::string>>{
+             {{"short.zet", "none.zet", "-o", "t.png"}, "none.zet: does not exist"},
              {{"a.zet", "-o", "t.zet"}, "unknown extension \".zet\""},
              {{"a.zet", "-o", "t.png", "--against", "b.%d.png"}, "no picture matches \"b.%d.png\""},
              {{"a.zet", "-o", "t.png", "--amplify", "0"}, "--amplify"},

@@ -168,6 +168,7 @@ TEST_F(WriteCommandTest, WhatCannotBeginSaysWhyAndWritesNothing) {
              {{"s.%d.png", "-o", "out/x%d.zet", "-f", "rgb9"}, "unknown format \"rgb9\""},
              {{"s.%d.png", "-o", "out/x%d.zet", "-f", "420"}, "4x4 or 6x4 would do"},
              {{"s.%d.png", "-o", "out/x%d.zet", "--frames", ""}, "\"\""},
+             {{"s.%d.png", "-o", "out/x%d.zet", "--frames", "1", "2"}, "write 1-2 for all from 1 to 2"},
              {{"s.%d.png", "-o", "out/x%d.zet", "--jobs", "0"}, "--jobs"},
              {{"s.%d.png", "-o", "out/x%d.zet", "--plugin", "file"}, "file"},
              {{"none.%d.png", "-o", "out/x%d.zet"}, "no picture matches \"none.%d.png\""},

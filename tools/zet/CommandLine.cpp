@@ -12,12 +12,28 @@
 
 #include <fmt/format.h>
 
+#include <stdexcept>
+#include <string>
+#include <vector>
+
 namespace ZetTool {
+namespace {
+
+std::string commandMissing(const CLI::App& program) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : program.get_subcommands({}))
+        names.push_back(command->get_name());
+    const auto given = program.remaining();
+    return fmt::format("{}; expected one of {}, or --help",
+                       given.empty() ? "no command" : "unknown command \"" + given.front() + "\"",
+                       fmt::join(names, ", "));
+}
+
+} // namespace
 
 std::unique_ptr<CLI::App> makeProgram(const std::string& commandLine, ExitCode& exitCode) {
     auto program =
         std::make_unique<CLI::App>("Media files for the playback server: one file for each frame.", "zet");
-    program->require_subcommand(1);
     program->set_version_flag("--version", [] {
         // The plug-in has its own copy of the library, which chooses by the processor alone as this one does.
         return fmt::format("zet {}, MediaConversion library {}, {} instructions", ZET_VERSION,
@@ -30,6 +46,12 @@ std::unique_ptr<CLI::App> makeProgram(const std::string& commandLine, ExitCode& 
     addReadCommand(*program, exitCode);
     addSheetCommand(*program, exitCode);
     addFormatsCommand(*program, exitCode);
+    program->require_subcommand(0, 1); // without any it is this callback that tells what is missing
+    program->allow_extras();
+    program->callback([&app = *program] {
+        if (app.get_subcommands().empty())
+            throw std::runtime_error(commandMissing(app));
+    });
     return program;
 }
 

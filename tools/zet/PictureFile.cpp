@@ -26,6 +26,8 @@ Input openPicture(const std::filesystem::path& file) {
         refuse(file, "does not exist");
     if (is_directory(status))
         refuse(file, "is a folder");
+    if (exists(status) && !is_regular_file(status)) // whose reader may wait for ever
+        refuse(file, "is a device, pipe or socket, not a file");
 
     ZetImageIo::declareInput();
     OIIO::ImageSpec keepStraight;

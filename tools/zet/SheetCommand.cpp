@@ -73,10 +73,14 @@ std::vector<Entry> listEntries(const Options& options) {
 
 /// The size of the first file that tells one.
 PictureSize firstSize(const std::vector<Entry>& entries) {
-    for (const Entry& entry : entries)
-        if (const FoundFile found = inspect(entry.media.file); found.info)
+    std::string faults;
+    for (const Entry& entry : entries) {
+        const FoundFile found = inspect(entry.media.file);
+        if (found.info)
             return sizeOf(*found.info);
-    return {16, 9}; // all cells will have errors
+        faults += fmt::format("\n  {}: {}", found.path.string(), found.fault);
+    }
+    throw std::runtime_error("none of the files can be shown:" + faults);
 }
 
 PictureSize tileSize(const PictureSize& picture, int width) {

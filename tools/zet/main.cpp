@@ -1,8 +1,12 @@
 // The command-line tool of the project; each sub-command has a file of its own.
 #include "CommandLine.h"
+#include "FrameRange.h"
+
+#include <fmt/format.h>
 
 #include <exception>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -27,6 +31,25 @@ std::string commandLineOf(int count, char** arguments) {
     return line;
 }
 
+bool isFrameRange(const char* text) {
+    try {
+        ZetTool::parseFrameRange(text);
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+/// A dash that was forgotten would make a picture's name of the last frame.
+void refuseTwoFrames(int count, char** arguments) {
+    for (int i = 1; i + 2 < count; ++i)
+        if (arguments[i] == std::string_view("--frames") && isFrameRange(arguments[i + 1]) &&
+            isFrameRange(arguments[i + 2]))
+            throw std::runtime_error(fmt::format(
+                "--frames takes one argument: write {0}-{1} for all from {0} to {1}, {0},{1} for these two",
+                arguments[i + 1], arguments[i + 2]));
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -35,6 +58,7 @@ int main(int argc, char** argv) {
     const std::string commandLine = commandLineOf(argc, argv);
     const auto program = ZetTool::makeProgram(commandLine, exitCode);
     try {
+        refuseTwoFrames(argc, argv);
         program->parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         const bool asked = program->exit(error) == 0; // --help and --version come this way too
