@@ -46,6 +46,13 @@ std::unique_ptr<CLI::App> makeProgram(const std::string& commandLine, ExitCode& 
     addReadCommand(*program, exitCode);
     addSheetCommand(*program, exitCode);
     addFormatsCommand(*program, exitCode);
+    program->footer("Examples:\n"
+                    "  zet write 'in.%04d.exr' -o 'out.%04d.zet' -f 422-10 --frames 1-100\n"
+                    "  zet write 'in.%04d.exr' -o 'out.%04d.zet' --resume --manifest m.txt\n"
+                    "  zet check 'out.%04d.zet' --frames 1-100 --manifest m.txt\n"
+                    "  zet read 'out.%04d.zet' -o 'back.%04d.png'\n"
+                    "  zet sheet 'out.%04d.zet' --against 'in.%04d.exr' -o sheet.png\n"
+                    "  zet formats --size 3840x2160 --rate 50");
     program->require_subcommand(0, 1); // without any it is this callback that tells what is missing
     program->allow_extras();
     program->callback([&app = *program] {

@@ -75,8 +75,8 @@ std::uint64_t groupLimit() {
 
 const char memoryEstimate[] =
     "--memory: a frame is taken to need 52 bytes for each pixel (72 with --verify), more where the\n"
-    "picture's file holds more than is seen, and its file once\n"
-    "(three times), the program itself 160 MB. As many frames are in hand at once as fit, up to --jobs.";
+    "picture's file holds more than is seen, and its file once (three times), the program itself 160 MB.\n"
+    "As many frames are in hand at once as fit, up to --jobs.";
 
 std::uint64_t defaultMemoryBudget() {
     const std::uint64_t machine =
