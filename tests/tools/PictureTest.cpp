@@ -98,23 +98,6 @@ TEST_F(PictureTest, PlacesWhatTheFileHoldsInTheWholePicture) {
     }
 }
 
-TEST_F(PictureTest, KeepsAlphaAsTheFileHasIt) {
-    for (const auto& [name, type, straight] : {std::tuple{"a.png", OIIO::TypeUInt8, true},
-                                               {"a.tif", OIIO::TypeUInt8, true},
-                                               {"b.tif", OIIO::TypeUInt8, false},
-                                               {"a.exr", OIIO::TypeHalf, false}}) {
-        auto spec = pictureSpec(2, 1, {"R", "G", "B", "A"}, type);
-        if (straight)
-            spec.attribute("oiio:UnassociatedAlpha", 1);
-        writePictureFile(folder / name, spec,
-                         [](int, int, int channel) { return channel == 3 ? 0.2f : 0.4f; });
-        Picture picture = readPicture(folder / name);
-        EXPECT_EQ(picture.header().premultiplied, !straight) << name;
-        EXPECT_NEAR(row(picture, 0, PictureChannel::Red)[1], 0.4f, 1e-3f) << name;
-        EXPECT_NEAR(row(picture, 0, PictureChannel::Alpha)[1], 0.2f, 1e-3f) << name;
-    }
-}
-
 TEST_F(PictureTest, NamesTheFileThatCannotBeRead) {
     const auto noise = [](int x, int y, int) { return static_cast<float>(x * x * 7 + y * 13 % 31) / 20000; };
     for (const char* name : {"cut.exr", "cut.tif", "cut.jpg"}) {

@@ -23,6 +23,7 @@ TEST(Progress, TellsFramesRatesAndTimeLeft) {
 }
 
 TEST(InterruptionDeathTest, SaysThatItWaitsAndEndsTheProcessTheSecondTime) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
             const Interruption interruption;

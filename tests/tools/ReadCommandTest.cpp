@@ -3,12 +3,6 @@
 #include <tests/tools/TestPictureFile.h>
 #include <tests/tools/ToolProcess.h>
 
-#include <MediaConversion/MediaConversion.h>
-
-#include <fmt/format.h>
-#include <opencv2/core.hpp>
-
-#include <cmath>
 #include <set>
 
 namespace fs = std::filesystem;
@@ -18,7 +12,6 @@ using TestSupport::bytesOf;
 using TestSupport::pictureSpec;
 using TestSupport::Process;
 using TestSupport::ProcessResult;
-using TestSupport::Sample;
 using TestSupport::writePictureFile;
 
 namespace {
@@ -40,16 +33,6 @@ LoadedPicture load(const fs::path& file) {
                                                             static_cast<unsigned>(input->spec().nchannels))};
     EXPECT_TRUE(input->read_image(0, 0, 0, -1, OIIO::TypeFloat, picture.samples.data()));
     return picture;
-}
-
-double psnr(const LoadedPicture& picture, const Sample& expected) {
-    double squares = 0;
-    std::size_t i = 0;
-    for (int y = 0; y < picture.spec.height; ++y)
-        for (int x = 0; x < picture.spec.width; ++x)
-            for (int channel = 0; channel < picture.spec.nchannels; ++channel)
-                squares += std::pow(picture.samples[i++] - expected(x, y, channel), 2);
-    return -10 * std::log10(squares / static_cast<double>(i) + 1e-14);
 }
 
 class ReadCommandTest : public testing::Test {
@@ -74,84 +57,6 @@ float slope(int x, int y, int channel) {
     const float sample[] = {static_cast<float>(x) / 31, static_cast<float>(15 - y) / 15,
                             1 - static_cast<float>(x + y) / 62, 0.25f + static_cast<float>(x) / 62};
     return sample[channel];
-}
-
-TEST_F(ReadCommandTest, EightBitSamplesComeBackAsTheyWere) {
-    const auto level = [](int x, int y, int channel) { return (40 * (3 * y + x) + 13 * channel) % 256; };
-    const Sample sample = [&](int x, int y, int c) { return static_cast<float>(level(x, y, c)) / 255; };
-    for (const bool alpha : {false, true}) {
-        auto spec = alpha ? pictureSpec(3, 2, {"R", "G", "B", "A"}, OIIO::TypeUInt8)
-                          : pictureSpec(3, 2, {"R", "G", "B"}, OIIO::TypeUInt8);
-        spec.attribute("oiio:UnassociatedAlpha", 1);
-        writePictureFile(folder / "source.png", spec, sample);
-        ASSERT_EQ(zet({"write", "source.png", "-o", "m.zet", "-f", alpha ? "rgba8" : "rgb8"}).exitCode, 0);
-        for (const std::string file : {"out.png", "out.tif"}) {
-            const ProcessResult result = zet({"read", "m.zet", "-o", file});
-            ASSERT_EQ(result.exitCode, 0) << result.errors;
-            EXPECT_THAT(result.output, HasSubstr("wrote " + file + " (1 frame"));
-            const LoadedPicture picture = load(folder / file);
-            EXPECT_EQ(picture.spec.format, OIIO::TypeUInt8);
-            EXPECT_EQ(picture.spec.nchannels, alpha ? 4 : 3);
-            EXPECT_TRUE(!alpha || picture.spec.get_int_attribute("oiio:UnassociatedAlpha")) << file;
-            EXPECT_EQ(picture.spec.get_string_attribute("oiio:ColorSpace"), "sRGB") << file;
-            EXPECT_GT(psnr(picture, sample), 130) << file;
-        }
-    }
-}
-
-TEST_F(ReadCommandTest, EveryMediaFormatComesOut) {
-    using F = Zentrel::FullFrameFormat;
-    using P = Zentrel::PackedFrameFormat;
-    struct Case {
-        Zentrel::FrameFormat from; // that an Encoder takes to the format
-        Zentrel::FrameFormat format;
-        int channels;
-        OIIO::TypeDesc samples;
-        double psnr; // at least, over all channels
-    };
-    const auto eight = OIIO::TypeUInt8, deep = OIIO::TypeUInt16;
-    const std::vector<Case> cases{
-        {F::BGRA_F32(), F::RGB_U8(), 3, eight, 60},
-        {F::BGRA_F32(), F::BGR_U8(), 3, eight, 60},
-        {F::BGRA_F32(), F::RGBA_U8(), 4, eight, 60},
-        {F::BGRA_F32(), F::BGRA_U8(), 4, eight, 60},
-        {F::BGRA_F32(), P::YCBCR_ITU_T871_YUYV_422_U8(), 3, eight, 39},
-        {F::BGRA_F32(), P::YCBCR_ITU_T871_9ZT_422_U10(), 3, deep, 39},
-        {F::BGRA_F32(), P::YCBCRA_ITU_T871_9ZT_4224_HYBRID_U12(), 4, deep, 37},
-        {F::BGRA_F32(), P::YCBCR_ITU_T871_9ZT_420_U8(), 3, eight, 34},
-        {F::BGRA_F32(), P::RGB_DPX_FILLED_U10(), 3, deep, 71},
-        {F::BGRA_F32(), P::BGR_DPX_FILLED_U10(), 3, deep, 71},
-        {F::BGRA_F32(), P::RGB_SMPTE_2110_U12(), 3, deep, 84},
-        {F::BGRA_F32(), P::BGR_SMPTE_2110_U12(), 3, deep, 84},
-        {F::BGRA_F32(), P::YCOCG_DXT5_U8(), 3, eight, 31},
-        {F::RGB_U8(), P::RGB_DXT1_U8(), 3, eight, 29},
-    };
-    ASSERT_EQ(cases.size(), MediaConversion::ZentrelMediaFileWriter::mediaHeaderFormat.size());
-    MediaConversion::FileStreamFactory streams;
-    for (const Case& expected : cases) {
-        auto source = Zentrel::FullFrame::create(F::BGRA_F32(), 16, 32);
-        cv::Mat pixels = source->image();
-        for (int y = 0; y < pixels.rows; ++y)
-            for (int x = 0; x < pixels.cols; ++x)
-                pixels.at<cv::Vec4f>(y, x) = {slope(x, y, 2), slope(x, y, 1), slope(x, y, 0), slope(x, y, 3)};
-        std::unique_ptr<Zentrel::IFrame> frame = std::move(source);
-        for (const auto& next : {expected.from, expected.format}) {
-            FrameSinkDestination destination;
-            MediaConversion::Encoder encoder(frame->format(), next);
-            encoder.connect(&destination);
-            encoder.start();
-            encoder.encodeFrame(std::move(frame));
-            frame = destination.frame();
-        }
-        MediaConversion::ZentrelMediaFileWriter(streams).writeFrame(folder / "m.zet", std::move(frame));
-
-        const std::string name = Zentrel::FrameFormat::toString(expected.format);
-        ASSERT_EQ(zet({"read", "m.zet", "-o", "out.png"}).errors, "") << name;
-        const LoadedPicture picture = load(folder / "out.png");
-        EXPECT_EQ(picture.spec.nchannels, expected.channels) << name;
-        EXPECT_EQ(picture.spec.format, expected.samples) << name;
-        EXPECT_GT(psnr(picture, slope), expected.psnr) << name;
-    }
 }
 
 TEST_F(ReadCommandTest, WritingAgainGivesTheSameFiles) {
@@ -192,6 +97,7 @@ TEST_F(ReadCommandTest, ColourSpaceAndAlphaFitTheTypeOfFile) {
     for (const auto& [arguments, pixel, colourSpace, straight] : std::vector<Case>{
              {{"out.png"}, {code, code, code, 0.2f}, "sRGB", true},
              {{"out.png", "--colorspace", "Rec709"}, {code, code, code, 0.2f}, "Rec709", true},
+             {{"out.tif"}, {code, code, code, 0.2f}, "sRGB", true},
              {{"out.tif", "--premultiplied"}, {code, code, code, 0.2f}, "sRGB", false},
              {{"out.exr"}, {0.1006f, 0.1006f, 0.1006f, 0.2f}, "Linear", false},
              {{"out.exr", "--colorspace", "linear"}, {0.1475f, 0.1475f, 0.1475f, 0.2f}, "Linear", false},
