@@ -42,9 +42,10 @@ inline void YuvToBgr(double y, double u, double v, double& b, double& g, double&
 template <class Int>
 void RgbToYCoCg(Int r, Int g, Int b, Int& y, Int& co, Int& cg) {
     static_assert(-5 >> 1 == -3, "shifts of negative numbers must round down");
-    y = (r + 2 * g + b + 2) >> 2;
-    co = (2 * (r - b) + 2) >> 2;
-    cg = (2 * g - r - b + 2) >> 2;
+    Int const redAndBlue = r + b, green = g + g + 2;
+    y = (green + redAndBlue) >> 2;
+    co = (r - b + 1) >> 1;
+    cg = (green - redAndBlue) >> 2;
 }
 
 /// The inverse of the unrounded transform; results may leave the range of the samples.

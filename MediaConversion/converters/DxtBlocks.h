@@ -38,20 +38,6 @@ using Piece = std::array<Int, 4>;
 template <class Int>
 using Channel = std::array<Int, blockPixels>;
 
-/// The 16 indices of `bits` bits as words, pixel 0 lowest.
-template <int bits, class Int>
-std::array<Int, bits> packIndices(Channel<Int> const& indices) {
-    std::array<Int, bits> words;
-    words.fill(0);
-    for (int i = 0; i < blockPixels; ++i) {
-        int const word = i * bits / 16, shift = i * bits % 16;
-        words[word] = words[word] | (indices[i] << shift);
-        if (shift + bits > 16)
-            words[word + 1] = words[word + 1] | (indices[i] >> (16 - shift));
-    }
-    return words;
-}
-
 /// The colours of endpoints: 5, 6 and 5 bits.
 struct Rgb565 {
     /// The high bits of 8-bit components.
@@ -68,9 +54,8 @@ struct Rgb565 {
 
 struct ColourPiece {
     template <class Int>
-    static Piece<Int> pack(Int const& endpoint0, Int const& endpoint1, Channel<Int> const& indices) {
-        auto const words = packIndices<2>(indices);
-        return {endpoint0, endpoint1, words[0], words[1]};
+    static Piece<Int> pack(Int const& endpoint0, Int const& endpoint1, std::array<Int, 2> const& indices) {
+        return {endpoint0, endpoint1, indices[0], indices[1]};
     }
     template <class Int>
     static Int endpoint(std::array<Int, 2> const& piece, int number) {
@@ -85,9 +70,8 @@ struct ColourPiece {
 
 struct LumaPiece {
     template <class Int>
-    static Piece<Int> pack(Int const& endpoint0, Int const& endpoint1, Channel<Int> const& indices) {
-        auto const words = packIndices<3>(indices);
-        return {endpoint0 | (endpoint1 << 8), words[0], words[1], words[2]};
+    static Piece<Int> pack(Int const& endpoint0, Int const& endpoint1, std::array<Int, 3> const& indices) {
+        return {endpoint0 | (endpoint1 << 8), indices[0], indices[1], indices[2]};
     }
     template <class Int>
     static Int endpoint(std::array<Int, 2> const& piece, int number) {

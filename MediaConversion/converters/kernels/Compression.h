@@ -10,12 +10,34 @@
 namespace MediaConversion {
 namespace {
 
+/// Half `half` (0, 1) of each quad of two vectors whose numbers of 16 bits take turns.
+template <int half, int... i>
+Shorts::Vector interleaved(Shorts::Vector a, Shorts::Vector b, std::integer_sequence<int, i...>) {
+    return shuffled<(i / 8 * 8 + 4 * half + i % 8 / 2 + i % 2 * 2 * lanes)...>(a, b);
+}
+
+template <int half>
+Shorts::Vector interleaved(Shorts::Vector a, Shorts::Vector b) {
+    return interleaved<half>(a, b, std::make_integer_sequence<int, 2 * lanes>());
+}
+
+/// Half `half` (0, 1) of each quad of two vectors.
+template <int half, int... i>
+FloatVector halvesOfQuads(FloatVector a, FloatVector b, std::integer_sequence<int, i...>) {
+    return shuffled<(i / 2 * 4 + 2 * half + i % 2)...>(a, b);
+}
+
+template <int half>
+FloatVector halvesOfQuads(FloatVector a, FloatVector b) {
+    return halvesOfQuads<half>(a, b, std::make_integer_sequence<int, lanes>());
+}
+
 /// Two blocks in each lane of 32 bits: one of the first half of the group and one of the second.
 template <class BlockEncoder, class Source>
 struct CompressedGroup {
     static constexpr int blocks = 2 * lanes, rows = Dxt::blockSize,
                          blockRowBytes = Dxt::blockSize * sizeof(Source),
-                         readBytes = lanes * blockRowBytes + loadedBytes<blockRowBytes>;
+                         readBytes = (blocks - 1) * blockRowBytes + 16;
     static constexpr int pieces = BlockEncoder::pieces, bytes = pieces * Dxt::pieceBytes;
 
     static void encode(std::uint8_t const* pixels, std::size_t stride, std::uint8_t* blocks) {
@@ -27,13 +49,11 @@ private:
         using Order = typename Source::Order;
         Dxt::RgbPixels<Shorts> rgb;
         unrolled<Dxt::blockSize>([&](auto y) {
-            auto const* const row = pixels + y * stride;
-            auto const firstHalf = loadBlocks<blockRowBytes>(row),
-                       secondHalf = loadBlocks<blockRowBytes>(row + lanes * blockRowBytes);
+            auto const samples = loadPairs(pixels + y * stride);
             unrolled<Dxt::blockSize>([&](auto x) {
                 auto const channel = [&](int number) {
-                    return Shorts(sampleOf<Source>(firstHalf, x, number) |
-                                  sampleOf<Source>(secondHalf, x, number) << 16);
+                    int const byte = x * Source::channels + number;
+                    return byte % 2 == 0 ? lowerBytes(samples[byte / 2]) : upperBytes(samples[byte / 2]);
                 };
                 constexpr int i = y * Dxt::blockSize + x;
                 rgb.red[i] = channel(Order::red);
@@ -44,15 +64,45 @@ private:
         return rgb;
     }
 
+    /// The bytes of each block in a row of pixels, two by two. The lanes stand as transposing makes them;
+    /// transposed again, they are in the order of memory.
+    static std::array<Shorts, 8> loadPairs(std::uint8_t const* row) {
+        std::array<FloatVector, 4> low, high;
+        unrolled<4>([&](auto i) {
+            auto const quads = [&](int number) {
+                return Shorts::Vector(loadQuads(row + number * (lanes / 4) * blockRowBytes, blockRowBytes));
+            };
+            low[i] = FloatVector(interleaved<0>(quads(i), quads(4 + i)));
+            high[i] = FloatVector(interleaved<1>(quads(i), quads(4 + i)));
+        });
+        auto const first = transposed(low[0], low[1], low[2], low[3]);
+        auto const second = transposed(high[0], high[1], high[2], high[3]);
+        std::array<Shorts, 8> pairs;
+        unrolled<4>([&](auto i) {
+            pairs[i] = Shorts(Shorts::Vector(first[i]));
+            pairs[4 + i] = Shorts(Shorts::Vector(second[i]));
+        });
+        return pairs;
+    }
+
     static void store(std::array<Dxt::Piece<Shorts>, pieces> const& block, std::uint8_t* to) {
-        std::array<Ints, 2 * pieces> firstHalf, secondHalf;
-        for (int i = 0; i < 2 * pieces; ++i) {
-            Ints const low(block[i / 2][i % 2 * 2].ints()), high(block[i / 2][i % 2 * 2 + 1].ints());
-            firstHalf[i] = (low & 0xffff) | high << 16;
-            secondHalf[i] = (low >> 16 & 0xffff) | (high & ~0xffff);
+        std::array<FloatVector, 2 * pieces> firstHalf, secondHalf;
+        unrolled<2 * pieces>([&](auto i) {
+            Ints const low = block[i / 2][i % 2 * 2].ints(), high = block[i / 2][i % 2 * 2 + 1].ints();
+            firstHalf[i] = FloatVector(((low & 0xffff) | high << 16).vector);
+            secondHalf[i] = FloatVector(((low >> 16 & 0xffff) | (high & ~0xffff)).vector);
+        });
+        std::array<FloatVector, 4 * pieces> vectors;
+        if constexpr (pieces == 2) {
+            auto const first = transposed(firstHalf[0], firstHalf[1], firstHalf[2], firstHalf[3]);
+            auto const second = transposed(secondHalf[0], secondHalf[1], secondHalf[2], secondHalf[3]);
+            vectors = {first[0], first[1], first[2], first[3], second[0], second[1], second[2], second[3]};
+        } else {
+            auto const both = transposed(firstHalf[0], firstHalf[1], secondHalf[0], secondHalf[1]);
+            vectors = {halvesOfQuads<0>(both[0], both[1]), halvesOfQuads<0>(both[2], both[3]),
+                       halvesOfQuads<1>(both[0], both[1]), halvesOfQuads<1>(both[2], both[3])};
         }
-        storeBlocks<bytes>(firstHalf, to);
-        storeBlocks<bytes>(secondHalf, to + lanes * bytes);
+        std::memcpy(to, vectors.data(), sizeof vectors);
     }
 };
 

@@ -4,6 +4,7 @@
 
 #include <MediaConversion/converters/ColourTransforms.h>
 #include <MediaConversion/converters/DxtBlocks.h>
+#include <MediaConversion/converters/kernels/Unrolled.h>
 
 #include <array>
 #include <cstddef>
@@ -17,7 +18,7 @@ struct RgbPixels {
     Channel<Int> red, green, blue;
 };
 
-/// Pixels for a YCoCg-DXT5 block: Co and Cg as bytes, 128 being neutral.
+/// Pixels for a YCoCg-DXT5 block: Co and Cg around 0.
 template <class Int>
 struct YCoCgPixels {
     Channel<Int> y, co, cg;
@@ -40,11 +41,10 @@ template <class Int>
 YCoCgPixels<Int> toYCoCg(RgbPixels<Int> const& rgb) {
     YCoCgPixels<Int> pixels;
     for (int i = 0; i < blockPixels; ++i) {
-        Int co, cg;
-        RgbToYCoCg(rgb.red[i], rgb.green[i], rgb.blue[i], pixels.y[i], co, cg);
+        RgbToYCoCg(rgb.red[i], rgb.green[i], rgb.blue[i], pixels.y[i], pixels.co[i], pixels.cg[i]);
         // The transform's -127..128 leaves a byte at the upper end only.
-        pixels.co[i] = min(co + 128, Int(255));
-        pixels.cg[i] = min(cg + 128, Int(255));
+        pixels.co[i] = min(pixels.co[i], Int(127));
+        pixels.cg[i] = min(pixels.cg[i], Int(127));
     }
     return pixels;
 }
@@ -61,22 +61,19 @@ Bounds<Int> boundingBox(Channel<Int> const& channel) {
 /// little colour keep more of it through the quantisation.
 template <class Int>
 Int chromaScale(Bounds<Int> const& co, Bounds<Int> const& cg) {
-    Int const coExtent = max(abs(co.min - 128), abs(co.max - 128));
-    Int const cgExtent = max(abs(cg.min - 128), abs(cg.max - 128));
-    Int const extent = max(coExtent, cgExtent);
-    return 1 + (extent < 64) + ((extent < 32) << 1);
+    Int const extent = max(max(abs(co.min), abs(co.max)), max(abs(cg.min), abs(cg.max)));
+    return 4 - (((extent > 63) & 1) + ((extent > 31) & 2));
 }
 
-template <class Int>
-Int scaled(Int const& chroma, Int const& scale) {
-    return ((chroma - 128) * scale + 128) & 255;
-}
+/// What chroma of 0 is as a byte.
+constexpr int neutral = 128;
 
+/// Scales the pixels and gives their bounds as bytes.
 template <class Int>
-void scaleChroma(Channel<Int>& chroma, Bounds<Int>& bounds, Int const& scale) {
+Bounds<Int> scaleChroma(Channel<Int>& chroma, Bounds<Int> const& bounds, Int const& scale) {
     for (Int& value : chroma)
-        value = scaled(value, scale);
-    bounds = {scaled(bounds.min, scale), scaled(bounds.max, scale)};
+        value = value * scale;
+    return {bounds.min * scale + neutral, bounds.max * scale + neutral};
 }
 
 /// The bounds moved inwards by 1 / 2^shift of their distance, less half a step: outliers cost the rest of the
@@ -111,12 +108,15 @@ Endpoints<Int> quantisedEndpoints(Bounds<Int> const& bounds) {
 /// runs from large Co and small Cg to small Co and large Cg.
 template <class Int>
 void chooseDiagonal(YCoCgPixels<Int> const& pixels, Endpoints<Int> const& co, Endpoints<Int>& cg) {
-    Int const coMiddle = (co.first + co.second + 1) >> 1;
-    Int const cgMiddle = (cg.first + cg.second + 1) >> 1;
+    // The largest values below the middles.
+    auto const low = [](Endpoints<Int> const& ends) {
+        return ((ends.first + ends.second - 1) >> 1) - neutral;
+    };
+    Int const lowCo = low(co), lowCg = low(cg);
     Int opposed = 0;
-    for (int i = 0; i < blockPixels; ++i)
-        opposed = opposed + ((pixels.co[i] >= coMiddle) ^ (pixels.cg[i] >= cgMiddle));
-    Int const exchange = (cg.first - cg.second) * (opposed > blockPixels / 2);
+    unrolled<blockPixels>(
+        [&](auto i) { opposed = opposed - ((pixels.co[i] > lowCo) ^ (pixels.cg[i] > lowCg)); });
+    Int const exchange = (cg.first - cg.second) & (opposed > blockPixels / 2);
     cg = {cg.first - exchange, cg.second + exchange};
 }
 
@@ -131,52 +131,62 @@ std::array<Int, 7> lumaThresholds(Bounds<Int> const& luma) {
     return thresholds;
 }
 
+/// The indices of 3 bits as words, pixel 0 lowest. The steps have, from the minimum upwards, the indices 1,
+/// then 7 down to 2, then 0: each threshold that luma is above adds the difference.
 template <class Int>
-Channel<Int> lumaIndices(Channel<Int> const& luma, Bounds<Int> const& bounds) {
+std::array<Int, 3> lumaIndices(Channel<Int> const& luma, Bounds<Int> const& bounds) {
     auto const thresholds = lumaThresholds(bounds);
-    Channel<Int> indices;
-    for (int i = 0; i < blockPixels; ++i) {
-        Int number = 1;
-        for (Int const& threshold : thresholds)
-            number = number + (luma[i] <= threshold);
-        // Numbers count 1 (maximum), 2, .. 8 (minimum) along the interpolation; the indices of its ends are 0
-        // and 1.
-        number = number & 7;
-        indices[i] = number ^ (number < 2);
-    }
-    return indices;
+    std::array<Int, 3> words{0, 0, 0};
+    unrolled<blockPixels>([&](auto i) {
+        Int index = 1 + ((luma[i] > thresholds[6]) & 6);
+        for (int step = 5; step > 0; --step)
+            index = index + (luma[i] > thresholds[step]);
+        index = index - ((luma[i] > thresholds[0]) & 2);
+
+        constexpr int word = 3 * i / 16, shift = 3 * i % 16;
+        words[word] = words[word] | index << shift;
+        if constexpr (shift > 13)
+            words[word + 1] = index >> (16 - shift);
+    });
+    return words;
 }
 
 /// The values that a component takes with the indices 0..3.
 template <class Int>
-std::array<Int, 4> palette(Endpoints<Int> const& ends) {
+using Steps = std::array<Int, 4>;
+
+template <class Int>
+Steps<Int> steps(Endpoints<Int> const& ends) {
     return {ends.first, ends.second, (2 * ends.first + ends.second) / 3, (ends.first + 2 * ends.second) / 3};
 }
 
-/// The indices of the nearest colours of the palette, by the sum of the components' distances.
-template <class Int, std::size_t components>
-Channel<Int> colourIndices(std::array<Channel<Int> const*, components> const& channels,
-                           std::array<Endpoints<Int>, components> const& endpoints) {
-    std::array<std::array<Int, 4>, components> palettes;
-    for (std::size_t c = 0; c < components; ++c)
-        palettes[c] = palette(endpoints[c]);
+template <class Int>
+Steps<Int> chromaSteps(Endpoints<Int> const& ends) {
+    auto values = steps(ends);
+    for (Int& value : values)
+        value = value - neutral;
+    return values;
+}
 
-    Channel<Int> indices;
-    for (int i = 0; i < blockPixels; ++i) {
+/// The indices of the nearest colours of the palette, by the sum of the components' distances: 2 bits each as
+/// words, pixel 0 lowest.
+template <class Int, std::size_t components>
+std::array<Int, 2> colourIndices(std::array<Channel<Int> const*, components> const& channels,
+                                 std::array<Steps<Int>, components> const& steps) {
+    std::array<Int, 2> words{0, 0};
+    unrolled<blockPixels>([&](auto i) {
         std::array<Int, 4> distance;
         distance.fill(0);
         for (std::size_t c = 0; c < components; ++c)
             for (int k = 0; k < 4; ++k)
-                distance[k] = distance[k] + abs(palettes[c][k] - (*channels[c])[i]);
+                distance[k] = distance[k] + abs(steps[c][k] - (*channels[c])[i]);
 
-        Int const b0 = distance[0] > distance[3];
-        Int const b1 = distance[1] > distance[2];
-        Int const b2 = distance[0] > distance[2];
-        Int const b3 = distance[1] > distance[3];
-        Int const b4 = distance[2] > distance[3];
-        indices[i] = (b0 & b4) | (((b1 & b2) | (b0 & b3)) << 1);
-    }
-    return indices;
+        Int const isThird = min(distance[0], distance[2]) > distance[3];
+        Int const isBetween = min(distance[0], distance[1]) > min(distance[2], distance[3]);
+        constexpr int shift = 2 * i % 16;
+        words[i / 8] = words[i / 8] | (isThird & 1 << shift) | (isBetween & 2 << shift);
+    });
+    return words;
 }
 
 /// Luma with eight steps of its own; Co and Cg, scaled to use the bits of the endpoints, with four.
@@ -186,22 +196,20 @@ struct YCoCgDxt5Encoder {
     template <class Int>
     static std::array<Piece<Int>, pieces> encode(RgbPixels<Int> const& rgb) {
         YCoCgPixels<Int> pixels = toYCoCg(rgb);
-        auto coBounds = boundingBox(pixels.co);
-        auto cgBounds = boundingBox(pixels.cg);
+        auto const coBounds = boundingBox(pixels.co), cgBounds = boundingBox(pixels.cg);
         auto const luma = insetRounded<5>(boundingBox(pixels.y));
 
         Int const scale = chromaScale(coBounds, cgBounds);
-        scaleChroma(pixels.co, coBounds, scale);
-        scaleChroma(pixels.cg, cgBounds, scale);
-        auto const co = quantisedEndpoints<5>(insetRounded<4>(coBounds));
-        auto cg = quantisedEndpoints<6>(insetRounded<4>(cgBounds));
+        auto const co = quantisedEndpoints<5>(insetRounded<4>(scaleChroma(pixels.co, coBounds, scale)));
+        auto cg = quantisedEndpoints<6>(insetRounded<4>(scaleChroma(pixels.cg, cgBounds, scale)));
         chooseDiagonal(pixels, co, cg);
 
         Int const scaleCode = (scale - 1) << 3;
         return {LumaPiece::pack(luma.max, luma.min, lumaIndices(pixels.y, luma)),
-                ColourPiece::pack(Rgb565::pack(co.first, cg.first, scaleCode),
-                                  Rgb565::pack(co.second, cg.second, scaleCode),
-                                  colourIndices<Int, 2>({&pixels.co, &pixels.cg}, {co, cg}))};
+                ColourPiece::pack(
+                    Rgb565::pack(co.first, cg.first, scaleCode),
+                    Rgb565::pack(co.second, cg.second, scaleCode),
+                    colourIndices<Int, 2>({&pixels.co, &pixels.cg}, {chromaSteps(co), chromaSteps(cg)}))};
     }
 };
 
@@ -213,10 +221,10 @@ struct Dxt1Encoder {
         auto const red = quantisedEndpoints<5>(inset(boundingBox(rgb.red)));
         auto const green = quantisedEndpoints<6>(inset(boundingBox(rgb.green)));
         auto const blue = quantisedEndpoints<5>(inset(boundingBox(rgb.blue)));
-        return {
-            ColourPiece::pack(Rgb565::pack(red.first, green.first, blue.first),
-                              Rgb565::pack(red.second, green.second, blue.second),
-                              colourIndices<Int, 3>({&rgb.red, &rgb.green, &rgb.blue}, {red, green, blue}))};
+        return {ColourPiece::pack(Rgb565::pack(red.first, green.first, blue.first),
+                                  Rgb565::pack(red.second, green.second, blue.second),
+                                  colourIndices<Int, 3>({&rgb.red, &rgb.green, &rgb.blue},
+                                                        {steps(red), steps(green), steps(blue)}))};
     }
 };
 

@@ -14,6 +14,8 @@ inline __m128 loadQuad(std::uint8_t const* bytes) {
 }
 
 inline FloatVector loadQuads(std::uint8_t const* first, int stride) {
+    if (stride == 16)
+        return _mm256_loadu_ps(reinterpret_cast<float const*>(first));
     return _mm256_insertf128_ps(_mm256_castps128_ps256(loadQuad(first)), loadQuad(first + stride), 1);
 }
 

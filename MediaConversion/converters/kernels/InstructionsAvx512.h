@@ -14,6 +14,8 @@ inline __m128 loadQuad(std::uint8_t const* bytes) {
 }
 
 inline FloatVector loadQuads(std::uint8_t const* first, int stride) {
+    if (stride == 16)
+        return _mm512_loadu_ps(reinterpret_cast<float const*>(first));
     __m512 quads = _mm512_castps128_ps512(loadQuad(first));
     quads = _mm512_insertf32x4(quads, loadQuad(first + stride), 1);
     quads = _mm512_insertf32x4(quads, loadQuad(first + 2 * stride), 2);

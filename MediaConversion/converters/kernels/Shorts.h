@@ -7,9 +7,10 @@ namespace MediaConversion {
 namespace {
 
 /// Results must fit 16 bits except where a shift to the left drops bits. `>>` rounds down, also below zero.
-/// Comparisons give 1 or 0.
+/// Comparisons set all bits, which is -1, where they hold.
 struct Shorts {
     using Vector = VectorOf<std::int16_t, sizeof(IntVector)>;
+    using Unsigned = VectorOf<std::uint16_t, sizeof(IntVector)>;
     Vector vector;
 
     Shorts() = default;
@@ -31,21 +32,17 @@ inline Shorts operator&(Shorts a, Shorts b) { return Shorts(a.vector & b.vector)
 inline Shorts operator|(Shorts a, Shorts b) { return Shorts(a.vector | b.vector); }
 inline Shorts operator^(Shorts a, Shorts b) { return Shorts(a.vector ^ b.vector); }
 inline Shorts operator>>(Shorts a, int bits) { return Shorts(a.vector >> bits); }
-inline Shorts operator<<(Shorts a, int bits) {
-    using Unsigned = VectorOf<std::uint16_t, sizeof(IntVector)>;
-    return Shorts(Shorts::Vector(Unsigned(a.vector) << bits));
-}
+inline Shorts operator<<(Shorts a, int bits) { return Shorts(Shorts::Vector(Shorts::Unsigned(a.vector) << bits)); }
 
-// A comparison of vectors sets all bits of a lane where it holds.
-inline Shorts operator<(Shorts a, Shorts b)  { return Shorts(-(a.vector < b.vector)); }
-inline Shorts operator>(Shorts a, Shorts b)  { return Shorts(-(a.vector > b.vector)); }
-inline Shorts operator<=(Shorts a, Shorts b) { return Shorts(-(a.vector <= b.vector)); }
-inline Shorts operator>=(Shorts a, Shorts b) { return Shorts(-(a.vector >= b.vector)); }
-
+inline Shorts operator>(Shorts a, Shorts b) { return Shorts(a.vector > b.vector); }
 inline Shorts min(Shorts a, Shorts b) { return Shorts(a.vector < b.vector ? a.vector : b.vector); }
 inline Shorts max(Shorts a, Shorts b) { return Shorts(a.vector > b.vector ? a.vector : b.vector); }
-inline Shorts abs(Shorts a)           { return max(a, 0 - a); }
+inline Shorts abs(Shorts a)           { return Shorts(a.vector < 0 ? -a.vector : a.vector); }
 // clang-format on
+
+/// The lower or the upper bytes, 0..255.
+inline Shorts lowerBytes(Shorts a) { return a & 0xff; }
+inline Shorts upperBytes(Shorts a) { return Shorts(Shorts::Vector(Shorts::Unsigned(a.vector) >> 8)); }
 
 } // namespace
 } // namespace MediaConversion
