@@ -45,9 +45,8 @@ std::vector<Result> resultsOf(const Json& all) {
         if (!one.contains("MP/s"))
             continue;
         std::string name = one.at("name");
-        constexpr std::string_view suffix = "/manual_time";
-        if (const auto at = name.find(suffix); at != name.npos)
-            name.erase(at, suffix.size());
+        for (const char* const suffix : {"/iterations:", "/manual_time"})
+            name = name.substr(0, name.find(suffix));
         results.push_back({std::move(name), one.value("best_ms", one.at("real_time").get<double>()),
                            one.at("MP/s"), one.value("ratio", 0.0)});
     }

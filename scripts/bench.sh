@@ -2,7 +2,7 @@
 # Measures conversions, the road of a frame and the tool, and prints one table: milliseconds for a frame,
 # megapixels a second, and how many times as long it takes as a pass that only reads and writes the same bytes.
 #
-#   scripts/bench.sh [--peers] [SECONDS]    SECONDS for each measurement, 0.5 by default
+#   scripts/bench.sh [--peers] [SECONDS]    SECONDS for each measurement but those of kernels, 0.5 by default
 #
 # --peers installs other converters to compare with; those that are there are measured anyway. Leaves
 # build/bench/results.json, in Google Benchmark's format, and docs/performance.svg. Machines are noisy: compare only
