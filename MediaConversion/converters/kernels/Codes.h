@@ -30,9 +30,11 @@ public:
 /// Codes are first made with 24 bits, of which the upper ones are the code and the others its fraction. A
 /// unit is the lowest of the 24 bits. A value that is off by at most `errorUnits` units, the roundings of the
 /// product and of the sum (half a unit each) included, can give another code only where the fraction is that
-/// close to a whole code. There, and for NaN, whose conversion leaves the fraction 0, the results are not
-/// certain.
-template <int errorUnits>
+/// close to a whole code. Codes are made that much too large, so that there the fraction is below twice as
+/// much. There, and for NaN, whose conversion leaves the fraction 0, the results are not certain.
+///
+/// Samples above 1 make values below 0 too, whose codes are rounded towards zero.
+template <int errorUnits, bool canBeNegative>
 class SingleCodes {
 public:
     using Real = Floats;
@@ -40,9 +42,12 @@ public:
     Ints operator()(Floats value, int bits) {
         int const fractionBits = 24 - bits, fractions = 1 << fractionBits;
         static_assert((errorUnits & (errorUnits - 1)) == 0, "the mask below needs a power of two");
-        Ints const code = truncated(value * (((1 << bits) - 1) * fractions) + fractions / 2);
-        distance = min(distance, (code + errorUnits) & (fractions - 2 * errorUnits));
-        return code >> fractionBits;
+        Ints const code = truncated(value * (((1 << bits) - 1) * fractions) + (fractions / 2 + errorUnits));
+        distance = min(distance, code & (fractions - 2 * errorUnits));
+        if constexpr (canBeNegative)
+            return (code + (code >> 31 & (fractions - 1))) >> fractionBits;
+        else
+            return code >> fractionBits;
     }
 
     bool certain() const { return !anyZero(distance.vector); }

@@ -4,9 +4,11 @@
 // - the rows and columns of pixels in a block, and its bytes,
 // - `errorUnits`, how far its values may be off in single precision (Codes.h),
 // - `limits`, which depths of samples it limits to their full scale,
-// - `SameDepth`, the depth of samples that are its codes already, or void.
-// `Format::encode(pixels, codes)` gives the block as 32-bit words, the lowest byte first; `pixels` are those
-// of the block, row by row, and `codes` rounds.
+// - `SameDepth`, the depth of samples that are its codes already, or void,
+// - `parts`, the number of parts of a block that are rounded on their own: neutral pixels have chroma that
+//   single precision never rounds with certainty, but that is no reason to make their luma twice.
+// `Format::encode<part>(pixels, codes)` gives the block as 32-bit words, the lowest byte first, with all
+// other parts 0; `pixels` are those of the block, row by row, and `codes` rounds.
 #pragma once
 
 #include <MediaConversion/converters/PixelTypes.h>
@@ -27,10 +29,15 @@ struct Colours {
     Real blue, green, red, alpha;
 };
 
-/// Whether no value is above 1.
+template <class Real>
+Colours<Real> operator+(Colours<Real> const& a, Colours<Real> const& b) {
+    return {a.blue + b.blue, a.green + b.green, a.red + b.red, a.alpha + b.alpha};
+}
+
+/// Whether values are above 1: never above 2.
 template <class Source, class Format>
-constexpr bool isBounded = Format::template limits<typename Source::Depth> ||
-                           Source::Depth::fullScale == std::numeric_limits<typename Source::Sample>::max();
+constexpr bool isAboveOne = !Format::template limits<typename Source::Depth> &&
+                            Source::Depth::fullScale < std::numeric_limits<typename Source::Sample>::max();
 
 /// A sample, given as it is stored, as a fraction of full scale; for `Real` being integers as it is.
 template <class Real, class Source, class Format>
@@ -77,14 +84,14 @@ public:
         unrolled<Format::rows>([&](auto row) { words[row] = loadBlocks<rowBytes>(pixels + row * stride); });
     }
 
-    template <class Codes>
+    template <int part, class Codes>
     auto encode(Codes& codes) const {
         using Real = typename Codes::Real;
         std::array<Colours<Real>, Format::rows * Format::columns> colours;
         unrolled<Format::rows * Format::columns>([&](auto i) {
             colours[i] = coloursOf<Real, Source, Format>(words[i / Format::columns], i % Format::columns);
         });
-        return Format::encode(colours, codes);
+        return Format::template encode<part>(colours, codes);
     }
 
 private:
@@ -94,15 +101,16 @@ private:
 /// In single precision. What makes fractions of integers, the inverse of full scale and the product with it,
 /// costs one and a half units more.
 template <class Format, class Source>
-constexpr int errorUnits = std::is_same_v<typename Source::Depth, F32> ? Format::errorUnits
-                           : Format::errorUnits <= 2                   ? 4
-                                                                       : 8;
+constexpr int errorUnits = (std::is_same_v<typename Source::Depth, F32> ? Format::errorUnits
+                            : Format::errorUnits <= 2                   ? 4
+                                                                        : 8)
+                           << isAboveOne<Source, Format>;
 
 /// How the codes of a format are first made from a source.
 template <class Format, class Source>
-using FirstCodes = std::conditional_t<
-    std::is_same_v<typename Source::Depth, typename Format::SameDepth>, SampleCodes,
-    std::conditional_t<isBounded<Source, Format>, SingleCodes<errorUnits<Format, Source>>, DoubleCodes>>;
+using FirstCodes =
+    std::conditional_t<std::is_same_v<typename Source::Depth, typename Format::SameDepth>, SampleCodes,
+                       SingleCodes<errorUnits<Format, Source>, isAboveOne<Source, Format>>>;
 
 template <class Format, class Source>
 struct RoundedGroup {
@@ -112,13 +120,24 @@ struct RoundedGroup {
 
     static void encode(std::uint8_t const* pixels, std::size_t stride, std::uint8_t* blocks) {
         Pixels const source(pixels, stride);
+        auto words = rounded<0>(source);
+        unrolled<Format::parts - 1>([&](auto before) {
+            auto const part = rounded<before + 1>(source);
+            unrolled<sizeof words / sizeof words[0]>([&](auto i) { words[i] = words[i] | part[i]; });
+        });
+        storeBlocks<bytes>(words, blocks);
+    }
+
+private:
+    template <int part>
+    static auto rounded(Pixels const& source) {
         FirstCodes<Format, Source> codes;
-        auto words = source.encode(codes);
+        auto words = source.template encode<part>(codes);
         if (__builtin_expect(!codes.certain(), false)) {
             DoubleCodes exactCodes;
-            words = source.encode(exactCodes);
+            words = source.template encode<part>(exactCodes);
         }
-        storeBlocks<bytes>(words, blocks);
+        return words;
     }
 };
 

@@ -11,13 +11,14 @@ namespace {
 /// `Order` is that of the packed samples. In single precision only the codes are rounded.
 template <class Layout, class Order>
 struct EncodeRgb {
-    static constexpr int rows = 1, columns = Layout::pixels, bytes = blockBytes<Layout>, errorUnits = 1;
+    static constexpr int rows = 1, columns = Layout::pixels, bytes = blockBytes<Layout>, errorUnits = 1,
+                         parts = 1;
     /// A sample of this depth stays as it is, out of range too; others are limited.
     using SameDepth = typename Layout::Depth;
     template <class Depth>
     static constexpr bool limits = true;
 
-    template <class Real, class Codes>
+    template <int, class Real, class Codes>
     static auto encode(std::array<Colours<Real>, columns> const& pixels, Codes& codes) {
         BlockSamples<Layout, Ints> samples;
         for (int i = 0; i < columns; ++i) {

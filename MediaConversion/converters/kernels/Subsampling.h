@@ -5,12 +5,14 @@
 // one for 0.25..0.5 and so on.
 //
 //                                  luma   Cb     Cr
+//     the mean of four pixels             1      1      (of two: 0.5)
 //     constants                    0.82   0.38   0.32
 //     products with them           0.82   0.38   0.32
 //     sums                         1      1      1
-//     the mean of four pixels             1.25   1.25   (of two: 0.5)
 //     the codes' two roundings     1      1      1
-//     at most                      3.64   4      3.88
+//     at most                      3.64   3.76   3.64
+//
+// On samples of 0..2 all of them are twice that.
 #pragma once
 
 #include <MediaConversion/converters/ColourTransforms.h>
@@ -22,74 +24,107 @@ namespace MediaConversion {
 namespace {
 
 template <class Real>
-struct YCbCr {
-    Real y, cb, cr;
-};
-
-template <class Real>
-YCbCr<Real> yCbCrOf(Colours<Real> const& pixel) {
-    YCbCr<Real> result;
-    BgrToYuv<Real>(pixel.blue, pixel.green, pixel.red, result.y, result.cb, result.cr);
-    return result;
-}
-
-template <class Real>
 Real lumaOf(Colours<Real> const& pixel) {
     Real y;
     BgrToY<Real>(pixel.blue, pixel.green, pixel.red, y);
     return y;
 }
 
+template <class Real>
+struct Chroma {
+    Real cb, cr;
+};
+
+template <class Real>
+Chroma<Real> operator+(Chroma<Real> const& a, Chroma<Real> const& b) {
+    return {a.cb + b.cb, a.cr + b.cr};
+}
+
+template <class Real>
+Chroma<Real> chromaOf(Colours<Real> const& pixel) {
+    Real y;
+    Chroma<Real> chroma;
+    BgrToYuv<Real>(pixel.blue, pixel.green, pixel.red, y, chroma.cb, chroma.cr);
+    return chroma;
+}
+
+/// The mean chroma of pixels. In single precision it is the chroma of their mean: that is made sooner, and
+/// the same but for the roundings.
+template <class Real, std::size_t count>
+Chroma<Real> meanChroma(std::array<Colours<Real>, count> const& pixels) {
+    constexpr double weight = 1.0 / count;
+    if constexpr (std::is_same_v<Real, Floats>) {
+        auto sums = pixels;
+        for (std::size_t half = count / 2; half > 0; half /= 2)
+            for (std::size_t i = 0; i < half; ++i)
+                sums[i] = sums[i] + sums[i + half];
+        auto const& sum = sums[0];
+        return chromaOf<Real>({sum.blue * weight, sum.green * weight, sum.red * weight, 1});
+    } else {
+        auto sum = chromaOf(pixels[0]);
+        for (std::size_t i = 1; i < count; ++i)
+            sum = sum + chromaOf(pixels[i]);
+        return {sum.cb * weight, sum.cr * weight};
+    }
+}
+
+struct Part {
+    static constexpr int luma = 0, chroma = 1;
+};
+
 /// The chroma of a block is the mean of its pixels'.
 template <class Block>
 struct Encode422 {
-    static constexpr int rows = 1, columns = 2, bytes = Block::bytes, errorUnits = 4;
+    static constexpr int rows = 1, columns = 2, bytes = Block::bytes, errorUnits = 4, parts = 2;
     using SameDepth = void; // no sample is a code
     template <class Depth>
     static constexpr bool limits = std::is_same_v<Depth, F32>;
 
-    template <class Real, class Codes>
+    template <int part, class Real, class Codes>
     static auto encode(std::array<Colours<Real>, 2> const& pixels, Codes& codes) {
-        auto const left = yCbCrOf(pixels[0]), right = yCbCrOf(pixels[1]);
         auto const code = [&](Real const& value) { return codes(value, Block::bits); };
-        return Block::pack(Codes422<Ints>{code(left.y), code((left.cb + right.cb) * 0.5), //
-                                          code(right.y), code((left.cr + right.cr) * 0.5)});
+        if constexpr (part == Part::luma)
+            return Block::pack(Codes422<Ints>{code(lumaOf(pixels[0])), 0, code(lumaOf(pixels[1])), 0});
+        auto const chroma = meanChroma(pixels);
+        return Block::pack(Codes422<Ints>{0, code(chroma.cb), 0, code(chroma.cr)});
     }
 };
 
 /// The chroma of a block is the mean of its pixels'.
 struct Encode420 {
-    static constexpr int rows = 2, columns = 2, bytes = EightBit420::bytes, errorUnits = 4;
+    static constexpr int rows = 2, columns = 2, bytes = EightBit420::bytes, errorUnits = 4, parts = 2;
     using SameDepth = void; // no sample is a code
     template <class Depth>
     static constexpr bool limits = std::is_same_v<Depth, F32>;
 
-    template <class Real, class Codes>
+    template <int part, class Real, class Codes>
     static auto encode(std::array<Colours<Real>, 4> const& pixels, Codes& codes) {
-        auto const p00 = yCbCrOf(pixels[0]), p01 = yCbCrOf(pixels[1]);
-        auto const p10 = yCbCrOf(pixels[2]), p11 = yCbCrOf(pixels[3]);
         auto const code = [&](Real const& value) { return codes(value, EightBit420::bits); };
-        return EightBit420::pack(Codes420<Ints>{code((p00.cb + p01.cb + p10.cb + p11.cb) * 0.25),
-                                                code((p00.cr + p01.cr + p10.cr + p11.cr) * 0.25), //
-                                                code(p00.y), code(p01.y), code(p10.y), code(p11.y)});
+        auto const luma = [&](int pixel) { return code(lumaOf(pixels[pixel])); };
+        if constexpr (part == Part::luma)
+            return EightBit420::pack(Codes420<Ints>{0, 0, luma(0), luma(1), luma(2), luma(3)});
+        auto const chroma = meanChroma(pixels);
+        return EightBit420::pack(Codes420<Ints>{code(chroma.cb), code(chroma.cr), 0, 0, 0, 0});
     }
 };
 
 /// The chroma of a block is that of its left pixel alone, not the mean as in 4:2:2.
 struct Encode4224 {
-    static constexpr int rows = 1, columns = 2, bytes = Hybrid4224::bytes, errorUnits = 4;
+    static constexpr int rows = 1, columns = 2, bytes = Hybrid4224::bytes, errorUnits = 4, parts = 2;
     using SameDepth = void; // no sample is a code
     template <class Depth>
     static constexpr bool limits = std::is_same_v<Depth, F32>;
 
-    template <class Real, class Codes>
+    template <int part, class Real, class Codes>
     static auto encode(std::array<Colours<Real>, 2> const& pixels, Codes& codes) {
         using H = Hybrid4224;
-        auto const left = yCbCrOf(pixels[0]);
-        return H::pack(Codes4224<Ints>{codes(left.y, H::lumaBits), codes(lumaOf(pixels[1]), H::lumaBits),
-                                       codes(left.cb, H::chromaBits), codes(left.cr, H::chromaBits),
-                                       codes(pixels[0].alpha, H::alphaBits),
-                                       codes(pixels[1].alpha, H::alphaBits)});
+        auto const luma = [&](int pixel) { return codes(lumaOf(pixels[pixel]), H::lumaBits); };
+        auto const alpha = [&](int pixel) { return codes(pixels[pixel].alpha, H::alphaBits); };
+        if constexpr (part == Part::luma)
+            return H::pack(Codes4224<Ints>{luma(0), luma(1), 0, 0, alpha(0), alpha(1)});
+        auto const chroma = chromaOf(pixels[0]);
+        return H::pack(
+            Codes4224<Ints>{0, 0, codes(chroma.cb, H::chromaBits), codes(chroma.cr, H::chromaBits), 0, 0});
     }
 };
 
