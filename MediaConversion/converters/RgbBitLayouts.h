@@ -81,8 +81,7 @@ Int firstByteLowest(Int const& word) {
     return bytes;
 }
 
-/// The block as 32-bit words, the lowest byte first; of the last word the block may take fewer bytes. Only
-/// the bits of the layout's depth are taken of each sample.
+/// The block as 32-bit words, the lowest byte first; of the last word the block may take fewer bytes.
 template <class Layout, class Int>
 std::array<Int, (blockBytes<Layout> + 3) / 4> packBlock(BlockSamples<Layout, Int> const& samples) {
     std::array<Int, (blockBytes<Layout> + 3) / 4> block;
@@ -91,7 +90,7 @@ std::array<Int, (blockBytes<Layout> + 3) / 4> packBlock(BlockSamples<Layout, Int
     for (int bit = 0; sample != samples.end(); bit += 8 * Layout::wordBytes) {
         Int word = 0;
         for (int const lowestBit : Layout::lowestBits)
-            word = word | (*sample++ & Layout::Depth::fullScale) << lowestBit;
+            word = word | *sample++ << lowestBit;
         word = firstByteLowest<Layout>(word);
         block[bit / 32] = block[bit / 32] | word << bit % 32;
         if (bit % 32 + 8 * Layout::wordBytes > 32)

@@ -2,9 +2,8 @@
 // chroma codes lie in memory.
 //
 // `pack` makes the words of a block from its codes and `unpack` the codes from the words: 32 bits each, the
-// lowest byte first; of the last word the format may take fewer. `Int` is a number, or a vector of them. A
-// code is taken modulo its bits: whatever a code out of range has above them is lost. In the diagrams bytes
-// stand in the order of memory, each with its most significant bit on the left.
+// lowest byte first; of the last word the format may take fewer. `Int` is a number, or a vector of them. In
+// the diagrams bytes stand in the order of memory, each with its most significant bit on the left.
 #pragma once
 
 #include <array>
@@ -44,8 +43,7 @@ struct Yuyv422 {
 
     template <class Int>
     static std::array<Int, 1> pack(Codes422<Int> const& codes) {
-        return {lowBits<8>(codes.y0) | lowBits<8>(codes.cb) << 8 | lowBits<8>(codes.y1) << 16 |
-                codes.cr << 24};
+        return {codes.y0 | codes.cb << 8 | codes.y1 << 16 | codes.cr << 24};
     }
     template <class Int>
     static Codes422<Int> unpack(std::array<Int, 1> const& words) {
@@ -64,7 +62,7 @@ struct TenBit422 {
     template <class Int>
     static std::array<Int, 2> pack(Codes422<Int> const& codes) {
         auto const [y0, cb, y1, cr] = codes;
-        return {lowBits<8>(cb >> 2) | lowBits<8>(y0 >> 2) << 8 | lowBits<8>(cr >> 2) << 16 | (y1 >> 2) << 24,
+        return {(cb >> 2) | (y0 >> 2) << 8 | (cr >> 2) << 16 | (y1 >> 2) << 24,
                 lowBits<2>(cb) << 6 | lowBits<2>(y0) << 4 | lowBits<2>(cr) << 2 | lowBits<2>(y1)};
     }
     template <class Int>
@@ -98,8 +96,7 @@ struct EightBit420 {
     template <class Int>
     static std::array<Int, 2> pack(Codes420<Int> const& codes) {
         auto const [cb, cr, y00, y01, y10, y11] = codes;
-        return {lowBits<8>(cb) | lowBits<8>(cr) << 8 | lowBits<8>(y00) << 16 | y01 << 24,
-                lowBits<8>(y10) | lowBits<8>(y11) << 8};
+        return {cb | cr << 8 | y00 << 16 | y01 << 24, y10 | y11 << 8};
     }
     template <class Int>
     static Codes420<Int> unpack(std::array<Int, 2> const& words) {
@@ -121,8 +118,7 @@ struct Hybrid4224 {
     template <class Int>
     static std::array<Int, 2> pack(Codes4224<Int> const& codes) {
         auto const [y0, y1, cb, cr, a0, a1] = codes;
-        return {cr << 22 | lowBits<12>(y1) << 10 | lowBits<10>(a1),
-                a0 << 22 | lowBits<12>(y0) << 10 | lowBits<10>(cb)};
+        return {cr << 22 | y1 << 10 | a1, a0 << 22 | y0 << 10 | cb};
     }
     template <class Int>
     static Codes4224<Int> unpack(std::array<Int, 2> const& words) {

@@ -1,4 +1,5 @@
-// From values, nominally 0..1, to integer codes: rounded half up, as double precision gives it.
+// From values, nominally 0..1, to integer codes: rounded half up, as double precision gives it. Codes out of
+// range are taken modulo their bits.
 #pragma once
 
 #include <MediaConversion/converters/kernels/Vectors.h>
@@ -6,12 +7,15 @@
 namespace MediaConversion {
 namespace {
 
+/// The code modulo its bits.
+inline Ints lowBits(Ints code, int bits) { return code & ((1 << bits) - 1); }
+
 /// Samples that are codes already.
 class SampleCodes {
 public:
     using Real = Ints;
 
-    Ints operator()(Ints sample, int) const { return sample; }
+    Ints operator()(Ints sample, int bits) const { return lowBits(sample, bits); }
     static constexpr bool certain() { return true; }
 };
 
@@ -20,7 +24,9 @@ class DoubleCodes {
 public:
     using Real = Doubles;
 
-    Ints operator()(Doubles value, int bits) const { return truncated(value * ((1 << bits) - 1) + 0.5); }
+    Ints operator()(Doubles value, int bits) const {
+        return lowBits(truncated(value * ((1 << bits) - 1) + 0.5), bits);
+    }
     static constexpr bool certain() { return true; }
 };
 
@@ -33,8 +39,8 @@ public:
 /// close to a whole code. Codes are made that much too large, so that there the fraction is below twice as
 /// much. There, and for NaN, whose conversion leaves the fraction 0, the results are not certain.
 ///
-/// Samples above 1 make values below 0 too, whose codes are rounded towards zero.
-template <int errorUnits, bool canBeNegative>
+/// Samples above 1 make codes out of range; those below 0 are rounded towards zero.
+template <int errorUnits, bool outOfRange>
 class SingleCodes {
 public:
     using Real = Floats;
@@ -44,8 +50,8 @@ public:
         static_assert((errorUnits & (errorUnits - 1)) == 0, "the mask below needs a power of two");
         Ints const code = truncated(value * (((1 << bits) - 1) * fractions) + (fractions / 2 + errorUnits));
         distance = min(distance, code & (fractions - 2 * errorUnits));
-        if constexpr (canBeNegative)
-            return (code + (code >> 31 & (fractions - 1))) >> fractionBits;
+        if constexpr (outOfRange)
+            return lowBits((code + (code >> 31 & (fractions - 1))) >> fractionBits, bits);
         else
             return code >> fractionBits;
     }
