@@ -19,6 +19,9 @@ inline FloatVector loadQuads(std::uint8_t const* first, int stride) {
     return _mm256_insertf128_ps(_mm256_castps128_ps256(loadQuad(first)), loadQuad(first + stride), 1);
 }
 
+inline FloatVector larger(FloatVector a, FloatVector b) { return _mm256_max_ps(a, b); }
+inline FloatVector smaller(FloatVector a, FloatVector b) { return _mm256_min_ps(a, b); }
+
 inline bool anyZero(IntVector a) {
     return _mm256_movemask_epi8(_mm256_cmpeq_epi32(reinterpret_cast<__m256i>(a), _mm256_setzero_si256())) !=
            0;

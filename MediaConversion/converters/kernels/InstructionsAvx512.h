@@ -22,6 +22,10 @@ inline FloatVector loadQuads(std::uint8_t const* first, int stride) {
     return _mm512_insertf32x4(quads, loadQuad(first + 3 * stride), 3);
 }
 
+// All lanes are chosen: for the forms without a choice g++ 12 warns of numbers that are not initialised.
+inline FloatVector larger(FloatVector a, FloatVector b) { return _mm512_maskz_max_ps(0xffff, a, b); }
+inline FloatVector smaller(FloatVector a, FloatVector b) { return _mm512_maskz_min_ps(0xffff, a, b); }
+
 inline bool anyZero(IntVector a) {
     auto const bits = reinterpret_cast<__m512i>(a);
     return _mm512_testn_epi32_mask(bits, bits) != 0;

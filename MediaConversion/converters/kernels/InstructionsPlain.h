@@ -16,6 +16,11 @@ inline FloatVector loadQuads(std::uint8_t const* first, int) {
     return quad;
 }
 
+/// The larger or the smaller numbers; where one is NaN, those of `b`. For vectors the compilers do not see
+/// that this is one instruction.
+inline FloatVector larger(FloatVector a, FloatVector b) { return a > b ? a : b; }
+inline FloatVector smaller(FloatVector a, FloatVector b) { return a < b ? a : b; }
+
 /// Whether any of the numbers is zero.
 inline bool anyZero(IntVector a) { return a[0] == 0 || a[1] == 0 || a[2] == 0 || a[3] == 0; }
 

@@ -77,8 +77,7 @@ inline Floats operator/(Floats a, Floats b) { return Floats(a.vector / b.vector)
 
 /// Limited to 0..`top`; NaN stays.
 inline Floats limited(Floats a, Floats top) {
-    FloatVector const zero{}, positive = zero > a.vector ? zero : a.vector;
-    return Floats(top.vector < positive ? top.vector : positive);
+    return Floats(smaller(top.vector, larger(FloatVector{}, a.vector)));
 }
 
 /// Without the fraction.
