@@ -50,6 +50,23 @@ inline std::array<FloatVector, 4> transposed(FloatVector a, FloatVector b, Float
             quadsOf<0, 1, 4, 5>(ab23, cd23), quadsOf<2, 3, 6, 7>(ab23, cd23)};
 }
 
+// Whole vectors of quads: transposed as they lie in memory, with the lanes put into order afterwards. It pays
+// for the widest vectors only, to which quads are added one by one.
+
+template <int bytes>
+constexpr bool loadedWhole = lanes == 16 && (bytes == 16 || bytes == 32);
+
+/// A word of quad `quad` of every block, from the same word of all quads as transposing leaves them.
+template <int quadsOfBlock, int quad, int... block>
+FloatVector inOrder(FloatVector a, FloatVector b, std::integer_sequence<int, block...>) {
+    constexpr int width = lanes / 4; // of vectors, in quads
+    // Transposing four vectors takes quad q of vector v to lane 4 q + v.
+    constexpr auto placeOf = [](int number) {
+        return number % width * 4 + number / width % 4 + number / lanes * lanes;
+    };
+    return shuffled<placeOf(block * quadsOfBlock + quad)...>(a, b);
+}
+
 // Shuffles: whole vectors, from which each vector of the other side takes its pieces.
 
 /// What is moved: words where blocks are made of them.
@@ -119,7 +136,20 @@ template <int bytes>
 BlockWords<bytes> loadBlocks(std::uint8_t const* blocks) {
     constexpr int count = (bytes + 3) / 4;
     BlockWords<bytes> words;
-    if constexpr (loadedInQuads<bytes>) {
+    if constexpr (loadedWhole<bytes>) {
+        constexpr int quads = bytes / 16;
+        std::array<std::array<FloatVector, 4>, quads> columns;
+        unrolled<quads>([&](auto number) {
+            auto const vector = [&](int i) {
+                return loadQuads(blocks + (4 * number + i) * sizeof(FloatVector), 16);
+            };
+            columns[number] = transposed(vector(0), vector(1), vector(2), vector(3));
+        });
+        unrolled<count>([&](auto i) {
+            words[i] = Ints(reinterpret_cast<IntVector>(inOrder<quads, i / 4>(
+                columns[0][i % 4], columns[quads - 1][i % 4], std::make_integer_sequence<int, lanes>())));
+        });
+    } else if constexpr (loadedInQuads<bytes>) {
         unrolled<(bytes + 15) / 16>([&](auto number) {
             auto const quads = [&](int i) { return loadQuads(blocks + i * bytes + number * 16, 4 * bytes); };
             auto const columns = transposed(quads(0), quads(1), quads(2), quads(3));
