@@ -23,6 +23,6 @@ void preferLargePages([[maybe_unused]] std::uint8_t* bytes, [[maybe_unused]] std
 } // namespace
 
 HostMemoryResource::HostMemoryResource(IMemoryPool& pool, std::uint64_t size)
-    : pool(&pool), bytes(new std::uint8_t[size]), size(size) {
+    : pool(&pool), bytes(new (alignment) std::uint8_t[size]), size(size) {
     preferLargePages(bytes.get(), size);
 }

@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -35,7 +36,8 @@ public:
     virtual std::size_t count() const = 0;
 };
 
-/// Heap memory, uninitialised, in large pages where the system has them.
+/// Heap memory, uninitialised, in large pages where the system has them. It begins at a multiple of 64 bytes,
+/// so that no vector lies across two lines of the cache.
 class HostMemoryResource final : public IMemoryResource {
 public:
     HostMemoryResource(IMemoryPool& pool, std::uint64_t size);
@@ -45,8 +47,13 @@ public:
     IMemoryPool& parentPool() const override { return *pool; }
 
 private:
+    static constexpr std::align_val_t alignment{64};
+    struct Delete {
+        void operator()(std::uint8_t* bytes) const { ::operator delete[](bytes, alignment); }
+    };
+
     IMemoryPool* pool;
-    std::unique_ptr<std::uint8_t[]> bytes;
+    std::unique_ptr<std::uint8_t[], Delete> bytes;
     std::uint64_t size;
 };
 

@@ -11,6 +11,7 @@
 
 #include <opencv2/core/utility.hpp>
 
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 
@@ -25,12 +26,12 @@ thread_local long balance = 0;
 thread_local long allocationsLeft = -1;
 thread_local bool failsForGood = false;
 
-void* allocate(std::size_t size) {
+void* allocate(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) {
     if (allocationsLeft == 0 && failsForGood)
         throw std::bad_alloc();
     if (allocationsLeft > 0 && --allocationsLeft == 0)
         throw std::bad_alloc();
-    void* const memory = std::malloc(size > 0 ? size : 1);
+    void* const memory = std::aligned_alloc(alignment, (size / alignment + 1) * alignment);
     if (!memory)
         throw std::bad_alloc();
     ++balance;
@@ -47,8 +48,12 @@ void release(void* memory) {
 
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return allocate(size, static_cast<std::size_t>(alignment));
+}
 void operator delete(void* memory) noexcept { release(memory); }
 void operator delete[](void* memory) noexcept { release(memory); }
+void operator delete[](void* memory, std::align_val_t) noexcept { release(memory); }
 void operator delete(void* memory, std::size_t) noexcept { release(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
 
