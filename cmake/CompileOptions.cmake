@@ -11,4 +11,7 @@ target_compile_options(zet_compile_options INTERFACE
 if(ZET_SANITIZE)
     add_compile_options(-fsanitize=${ZET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${ZET_SANITIZE})
+    if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+        add_compile_options(-fsanitize-ignorelist=${CMAKE_CURRENT_LIST_DIR}/SanitizerIgnore.txt)
+    endif()
 endif()
