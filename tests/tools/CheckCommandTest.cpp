@@ -172,6 +172,7 @@ TEST(CheckCommandTest, WhatCannotBeCheckedSaysWhy) {
     std::ofstream(sequence.file("other")) << head << sum << " 412 s.01.zet\n";
     EXPECT_THAT(sequence.zet("chekc s.%02d.zet --frames 1-9").errors,
                 StartsWith("zet: unknown command \"chekc\""));
+    EXPECT_THAT(sequence.zet("--dry-run check s.%02d.zet").errors, HasSubstr("options belong behind it"));
     for (const auto& [arguments, message] : {
              std::pair<std::string, std::string>{"s.01.zet", "no place for the frame number"},
              {"t.%d.zet", "no file matches \"t.%d.zet\""},

@@ -190,21 +190,24 @@ TEST_F(WriteCommandTest, ResumeWritesOnlyWhatIsNotWhole) {
     fs::remove(folder / "out/2.zet");
     fs::resize_file(folder / "out/3.zet", 99);
     std::fstream(folder / "out/4.zet", std::ios::in | std::ios::out | std::ios::binary) << "XXXX";
-    const auto past = fs::last_write_time(folder / "s.1.png") - std::chrono::hours(1);
+    const auto now = fs::last_write_time(folder / "s.1.png"), later = now + std::chrono::hours(1);
     for (const std::string& name : written())
-        fs::last_write_time(folder / "out" / name, past);
-    for (const int frame : {1, 2, 3, 4, 6}) // the fifth is newer than its file
-        fs::last_write_time(folder / fmt::format("s.{}.png", frame), past - std::chrono::seconds(1));
+        fs::last_write_time(folder / "out" / name, later);
+    fs::last_write_time(folder / "out/5.zet", now - std::chrono::seconds(1));
+    // As if it had been rendered long ago and moved here just now.
+    fs::last_write_time(folder / "s.6.png", now - std::chrono::hours(1));
+    fs::last_write_time(folder / "out/6.zet", now - std::chrono::minutes(1));
 
     const ProcessResult result = write(call, {"--resume"});
     EXPECT_EQ(result.exitCode, 0) << result.errors;
-    EXPECT_THAT(result.output, HasSubstr("whole already: 2 frames"));
+    EXPECT_THAT(result.output, HasSubstr("whole already: 1 frame"));
     for (int frame = 1; frame <= 6; ++frame) {
-        const std::string name = fmt::format("{}.zet", frame);
-        EXPECT_EQ(fs::last_write_time(folder / "out" / name) != past, frame >= 2 && frame <= 5) << frame;
-        EXPECT_TRUE(holdsFrame(name, frame)) << frame;
+        EXPECT_EQ(fs::last_write_time(folder / fmt::format("out/{}.zet", frame)) == later, frame == 1);
+        EXPECT_TRUE(holdsFrame(fmt::format("{}.zet", frame), frame)) << frame;
     }
     EXPECT_THAT(write(call, {"--resume"}).output, HasSubstr("100% 6/6 frames")); // nothing left to do
+    EXPECT_THAT(write({"out/../out/%d.zet", "-o", "out/%d.zet", "-f", "dxt5"}).errors,
+                HasSubstr("\"out/1.zet\" is the picture that it would be made from"));
 }
 
 TEST_F(WriteCommandTest, AFullDiskIsTheFramesError) {

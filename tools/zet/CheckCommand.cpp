@@ -97,10 +97,12 @@ Progress::Style progressStyle(const Options& options) {
     return worthIt && ::isatty(STDOUT_FILENO) ? Progress::Style::Bar : Progress::Style::Silent;
 }
 
-/// A sequence that follows the manifests is taken for one more of them; it is the only one with a field.
+/// A sequence that follows the manifests is taken for one more of them, but no file has its name.
 void findPattern(CheckRequest& request) {
     auto& names = request.manifests;
-    const auto isSequence = [](const std::string& name) { return SequencePattern(name).hasField(); };
+    const auto isSequence = [](const std::string& name) {
+        return !std::filesystem::exists(name) && SequencePattern(name).hasField();
+    };
     if (const auto found = std::find_if(names.begin(), names.end(), isSequence); found != names.end()) {
         request.pattern = *found;
         names.erase(found);

@@ -24,6 +24,8 @@ std::string commandMissing(const CLI::App& program) {
     for (const CLI::App* command : program.get_subcommands({}))
         names.push_back(command->get_name());
     const auto given = program.remaining();
+    if (!given.empty() && given.front().front() == '-')
+        return fmt::format("{} stands before the command; options belong behind it", given.front());
     return fmt::format("{}; expected one of {}, or --help",
                        given.empty() ? "no command" : "unknown command \"" + given.front() + "\"",
                        fmt::join(names, ", "));
@@ -53,10 +55,10 @@ std::unique_ptr<CLI::App> makeProgram(const std::string& commandLine, ExitCode& 
                     "  zet read 'out.%04d.zet' -o 'back.%04d.png'\n"
                     "  zet sheet 'out.%04d.zet' --against 'in.%04d.exr' -o sheet.png\n"
                     "  zet formats --size 3840x2160 --rate 50");
-    program->require_subcommand(0, 1); // without any it is this callback that tells what is missing
+    program->require_subcommand(0, 1); // it is the callback that tells, before any command runs
     program->allow_extras();
-    program->callback([&app = *program] {
-        if (app.get_subcommands().empty())
+    program->parse_complete_callback([&app = *program] {
+        if (app.get_subcommands().empty() || !app.remaining().empty())
             throw std::runtime_error(commandMissing(app));
     });
     return program;

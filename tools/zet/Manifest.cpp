@@ -52,7 +52,11 @@ Manifest Manifest::load(const std::filesystem::path& file) {
                              : std::string("cannot be opened: ") + std::strerror(errno)));
     std::getline(stream, line);
     Manifest manifest;
-    for (std::size_t number = 2; std::getline(stream, line) && !stream.eof(); ++number) {
+    for (std::size_t number = 2; std::getline(stream, line); ++number) {
+        if (stream.eof()) {
+            manifest.isCut = true;
+            break;
+        }
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
         if (line.empty() || line.front() == '#')

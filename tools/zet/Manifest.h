@@ -11,7 +11,7 @@ namespace ZetTool {
 
 /// File names without folders, so that the list stays true when the files move. As text: a head line, then a
 /// line for each file with checksum, bytes and name, one blank between them; other lines that begin with #,
-/// and empty ones, mean nothing. Nor does a last line that does not end: whoever wrote it was killed.
+/// and empty ones, mean nothing. Nor does a last line that does not end.
 class Manifest {
 public:
     /// What a help text tells of the format.
@@ -23,6 +23,8 @@ public:
 
     /// Sums by file name.
     std::map<std::string, FileSum> sums;
+    /// The last line does not end: whoever wrote it was killed, or it was cut since.
+    bool isCut = false;
 
     /// What is wrong with a file, by its name, its length and its content; empty when it is as listed.
     std::string faultOf(const std::filesystem::path& file) const;

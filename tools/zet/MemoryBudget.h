@@ -11,7 +11,8 @@ namespace ZetTool {
 /// Half of the machine's memory, or of what a control group leaves this process if that is less.
 std::uint64_t defaultMemoryBudget();
 
-/// Bytes, written as in "2GB", "1.5GB" or "1500MiB". Throws std::runtime_error that quotes what cannot be read.
+/// Bytes, written as in "2GB", "1.5GB" or "1500MiB". Throws std::runtime_error that quotes what cannot be
+/// read.
 std::uint64_t parseMemory(const std::string& text);
 
 /// The frames of the plan, up to `jobs`, that `budget` bytes have room for at once. Throws

@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include <unistd.h>
+
 namespace ZetTool {
 namespace {
 
@@ -26,6 +28,8 @@ Input openPicture(const std::filesystem::path& file) {
         refuse(file, "does not exist");
     if (is_directory(status))
         refuse(file, "is a folder");
+    if (::access(file.c_str(), R_OK) != 0)
+        refuse(file, std::generic_category().message(errno));
     if (exists(status) && !is_regular_file(status)) // whose reader may wait for ever
         refuse(file, "is a device, pipe or socket, not a file");
 

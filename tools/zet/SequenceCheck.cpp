@@ -38,10 +38,16 @@ SequencePattern parsePattern(const std::string& text) {
 
 Manifest loadAll(const std::vector<std::string>& files) {
     Manifest all;
-    for (const std::string& file : files)
-        for (const auto& [name, sum] : Manifest::load(file).sums)
+    for (const std::string& file : files) {
+        const Manifest manifest = Manifest::load(file);
+        if (manifest.isCut)
+            throw std::runtime_error(fmt::format("manifest \"{}\" ends within a line: it was cut, or its run "
+                                                 "was killed; \"zet write --resume\" with it completes both",
+                                                 file));
+        for (const auto& [name, sum] : manifest.sums)
             if (!(all.sums.emplace(name, sum).first->second == sum))
                 refuseContradiction(files, name);
+    }
     return all;
 }
 

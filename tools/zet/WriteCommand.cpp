@@ -42,6 +42,22 @@ void noteLostAlpha(const WritePlan& plan, const WriteRequest& request) {
                                  plan.format->label);
 }
 
+/// A sequence that was not asked for by its numbers may have holes that nobody knows of.
+void noteHoles(const WritePlan& plan, const WriteRequest& request) {
+    if (request.frames)
+        return;
+    std::vector<int> there = plan.frames;
+    there.insert(there.end(), plan.whole.begin(), plan.whole.end());
+    std::sort(there.begin(), there.end());
+    const auto hole =
+        std::adjacent_find(there.begin(), there.end(), [](int one, int next) { return next > one + 1; });
+    if (hole == there.end())
+        return;
+    const std::size_t missing = static_cast<std::size_t>(there.back() - there.front()) + 1 - there.size();
+    std::cout << fmt::format("note: {} between {} and {} have no pictures, first {}\n", frameCount(missing),
+                             there.front(), there.back(), *hole + 1);
+}
+
 void printSummary(const WritePlan& plan, const RunResult& result, const ProgressCount& count, bool verified) {
     if (!plan.whole.empty())
         std::cout << fmt::format("whole already: {}\n", frameCount(plan.whole.size()));
@@ -81,8 +97,7 @@ ExitCode judge(const WritePlan& plan, const RunResult& result, const std::string
 std::optional<Manifest> earlierManifest(const std::string& file) {
     if (file.empty())
         return std::nullopt;
-    std::error_code error;
-    return fs::exists(file, error) ? Manifest::load(file) : Manifest{};
+    return fs::exists(file) ? Manifest::load(file) : Manifest{};
 }
 
 void limitJobs(Options& options, const WritePlan& plan) {
@@ -105,12 +120,19 @@ ExitCode run(Options options, const std::string& commandLine) {
     EmbeddedHost::loadPlugin(options.plugin.empty() ? ownPlugin() : fs::path(options.plugin));
     WritePlan plan = planWrite(options.request);
     std::optional<Manifest> earlier = earlierManifest(options.manifest);
-    if (options.resume)
+    if (options.resume) {
+        if (earlier && !options.quiet) // which may take a while
+            std::cout << fmt::format("comparing the files of {} with {}\n", frameCount(plan.frames.size()),
+                                     options.manifest)
+                      << std::flush;
         leaveOutWhole(plan, earlier ? &*earlier : nullptr, options.run.jobs);
+    }
     limitJobs(options, plan);
 
-    if (!options.quiet)
+    if (!options.quiet) {
+        noteHoles(plan, options.request);
         noteLostAlpha(plan, options.request);
+    }
     if (options.dryRun) {
         std::ostream silent(nullptr);
         const auto failing = printPlan(plan, options.quiet ? silent : std::cout, std::cerr);

@@ -1,5 +1,6 @@
 #include "WritePlan.h"
 
+#include "FileTime.h"
 #include "FrameRange.h"
 #include "Parallel.h"
 #include "Progress.h"
@@ -45,7 +46,15 @@ void refuseFolder(const fs::path& output) {
                         (output / "out.%04d.zet").string()));
 }
 
-SequencePattern planTarget(const fs::path& output, const std::vector<int>& frames) {
+void refuseOwnPicture(const fs::path& output, const fs::path& picture) {
+    std::error_code ignored;
+    if (fs::equivalent(output, picture, ignored))
+        throw std::runtime_error(
+            fmt::format("output \"{}\" is the picture that it would be made from", output.string()));
+}
+
+SequencePattern planTarget(const fs::path& output, const FrameSource& source,
+                           const std::vector<int>& frames) {
     SequencePattern target(output);
     if (!target.hasField() && frames.size() > 1) {
         const fs::path numbered = fs::path(output).replace_extension(".%04d" + output.extension().string());
@@ -54,8 +63,10 @@ SequencePattern planTarget(const fs::path& output, const std::vector<int>& frame
             "number, such as \"{}\"",
             output.string(), formatFrameRange(frames), numbered.string()));
     }
-    for (const int frame : frames)
+    for (const int frame : frames) {
         refuseFolder(target.frame(frame));
+        refuseOwnPicture(target.frame(frame), source.file(frame));
+    }
     return target;
 }
 
@@ -76,10 +87,10 @@ std::optional<PictureHeader> firstHeader(const FrameSource& source, const std::v
     return std::nullopt;
 }
 
+/// No file holds the chart's pictures.
 bool isNewer(const fs::path& file, const fs::path& picture) {
-    std::error_code noFile, noPicture;
-    const auto written = fs::last_write_time(file, noFile), changed = fs::last_write_time(picture, noPicture);
-    return !noFile && (noPicture || written > changed);
+    const auto written = timeWritten(file), changed = timeChanged(picture);
+    return written && (picture.empty() || (changed && *written > *changed));
 }
 
 bool isWhole(const WritePlan& plan, int frame, const Manifest* manifest) {
@@ -112,7 +123,7 @@ WritePlan planWrite(const WriteRequest& request) {
 
     auto source = request.chart ? openChart(*request.chart) : openPictureFiles(request.pictures);
     std::vector<int> frames = planFrames(*source, request);
-    SequencePattern target = planTarget(output, frames);
+    SequencePattern target = planTarget(output, *source, frames);
     WritePlan plan{std::move(source), &format, fileType, std::move(target), std::move(frames), {}, {}, {}};
 
     plan.picture = firstHeader(*plan.source, plan.frames);

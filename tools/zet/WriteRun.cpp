@@ -1,5 +1,6 @@
 #include "WriteRun.h"
 
+#include "FileTime.h"
 #include "PictureFile.h"
 #include "ReadBack.h"
 
@@ -33,7 +34,7 @@ public:
 
     /// Takes frame after frame; one thread and one node each.
     void work(WriteNode& node) {
-        while (!stop && !(settings.failFast && anyFailed)) {
+        while (!stop && !diskIsFull && !(settings.failFast && anyFailed)) {
             const std::size_t next = taken++;
             if (next >= plan.frames.size())
                 return;
@@ -59,17 +60,25 @@ private:
     }
 
     std::uint64_t write(WriteNode& node, int frame) {
+        const std::filesystem::path pictureFile = plan.source->file(frame);
+        const auto pictureTime = timeChanged(pictureFile);
         Picture picture = plan.source->read(frame);
         const MediaFileShape& shape = plan.shapeFor(frame, picture.header());
         OutputFile file(plan.target.frame(frame));
         const EmbeddedHost::RenderSettings how{chooseTransfer(settings.transfer, picture.header()),
                                                picture.header().premultiplied};
         const auto rendered = node.render(picture, file.temporary(), how);
-        if (!rendered.succeeded())
+        if (!rendered.succeeded()) {
+            const bool full = file.diskIsFull(shape.bytes());
+            if (full)
+                diskIsFull = true;
             throw std::runtime_error(fmt::format("{}: {}{}", plan.target.frame(frame).string(),
                                                  fmt::join(rendered.criticalErrors, "; "),
-                                                 file.diskIsFull(shape.bytes()) ? "; the disk is full" : ""));
+                                                 full ? "; the disk is full" : ""));
+        }
         const FileSum sum = readBack(frame, file.temporary(), picture, how);
+        if (timeChanged(pictureFile) != pictureTime) // the file would pass for newer than what came meanwhile
+            throw std::runtime_error(fmt::format("{} changed while it was converted", pictureFile.string()));
         file.commit(shape.bytes());
         if (settings.manifest)
             settings.manifest->add(plan.target.frame(frame), sum);
@@ -95,6 +104,7 @@ private:
     const std::atomic<bool>& stop;
     std::atomic<std::size_t> taken{0};
     std::atomic<bool> anyFailed{false};
+    std::atomic<bool> diskIsFull{false}; ///< so that no other frame has a chance
     std::mutex mutex;
 };
 

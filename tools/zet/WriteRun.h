@@ -26,9 +26,9 @@ struct RunResult {
     std::vector<int> failed;
 };
 
-/// Writes the plan's frames with the loaded plug-in until all are done or `stop` is set; frames in hand are
-/// finished. Failures are reported as they come. Throws std::runtime_error when no plug-in can write the
-/// format.
+/// Writes the plan's frames with the loaded plug-in until all are done, the disk is full or `stop` is set;
+/// frames in hand are finished. Failures are reported as they come. Throws std::runtime_error when no plug-in
+/// can write the format.
 RunResult runWrite(const WritePlan& plan, const RunSettings& settings, Progress& progress,
                    const std::atomic<bool>& stop);
 
