@@ -166,6 +166,8 @@ TEST_F(SheetCommandTest, TellsOfFilesThatCannotBeShownOrCompared) {
              {{"short.zet", "none.zet", "-o", "t.png"}, "none.zet: does not exist"},
              {{"a.zet", "-o", "t.zet"}, "unknown extension \".zet\""},
              {{"a.zet", "-o", "t.png", "--against", "b.%d.png"}, "no picture matches \"b.%d.png\""},
+             {{"a.zet", "-o", "./a.png", "--against", "a.png"},
+              "\"./a.png\" is a picture to be compared with"},
              {{"a.zet", "-o", "t.png", "--amplify", "0"}, "--amplify"},
              {{"a.zet", "-o", "gone/t.png"}, "gone/t.png"},
              {{"b.%d.zet", "-o", "t.png"}, "no file matches \"b.%d.zet\""}}) {

@@ -61,11 +61,17 @@ Plan planRead(const Options& options) {
     return plan;
 }
 
-void noteLostAlpha(const Plan& plan) {
+void noteAlpha(const Plan& plan, bool premultiplied) {
     const FoundFile first = inspect(plan.frames.front().file);
-    if (first.info && holdsAlpha(first.info->format) && !plan.type.holdsAlpha())
+    if (!first.info || !holdsAlpha(first.info->format))
+        return;
+    if (!plan.type.holdsAlpha())
         std::cout << fmt::format("note: the media files have alpha, which {} pictures do not hold\n",
                                  plan.target.path().extension().string());
+    else if (plan.type.isLinear() && !premultiplied)
+        std::cout
+            << "note: the colour is multiplied by alpha on its way; if it is already, as in files that were "
+               "made from EXR, give --premultiplied\n";
 }
 
 DecodedFrame decode(const fs::path& file) {
@@ -122,7 +128,7 @@ void printSummary(const Plan& plan, const Result& result, const ProgressCount& c
 ExitCode run(const Options& options) {
     const Plan plan = planRead(options);
     if (!options.quiet)
-        noteLostAlpha(plan);
+        noteAlpha(plan, options.premultiplied);
 
     const Interruption interruption;
     Progress progress(Progress::styleForOutput(options.quiet), std::cout, std::cerr, plan.frames.size());

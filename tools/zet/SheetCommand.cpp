@@ -97,6 +97,10 @@ std::unique_ptr<SheetSource> openSource(const Options& options, const PictureSiz
     auto pictures = openPictureFiles({options.against});
     if (pictures->frames().empty())
         throw std::runtime_error(fmt::format("no picture matches \"{}\"", options.against));
+    for (const int frame : pictures->frames())
+        if (std::error_code none; fs::equivalent(options.output, pictures->file(frame), none))
+            throw std::runtime_error(
+                fmt::format("output \"{}\" is a picture to be compared with", options.output));
     return std::make_unique<SheetSource>(std::move(pictures), transfer);
 }
 
