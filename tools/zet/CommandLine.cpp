@@ -57,6 +57,9 @@ std::unique_ptr<CLI::App> makeProgram(const std::string& commandLine, ExitCode& 
                     "  zet formats --size 3840x2160 --rate 50");
     program->require_subcommand(0, 1); // it is the callback that tells, before any command runs
     program->allow_extras();
+    program->failure_message([](const CLI::App* app, const CLI::Error& error) {
+        return "zet: " + CLI::FailureMessage::simple(app, error);
+    });
     program->parse_complete_callback([&app = *program] {
         if (app.get_subcommands().empty() || !app.remaining().empty())
             throw std::runtime_error(commandMissing(app));
