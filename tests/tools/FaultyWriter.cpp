@@ -1,4 +1,5 @@
-// A writer plug-in that gets one byte wrong: every picture is black, but for one green sample.
+// A writer plug-in that gets one byte wrong: every picture is black, but for one green sample. Meanwhile
+// others are at work: a file NAME.later in the current folder takes the place of NAME.
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/mediafile/FileStream.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
@@ -18,6 +19,9 @@ public:
     const char* help() override { return ""; }
 
     void execute() override {
+        for (const auto& entry : std::filesystem::directory_iterator("."))
+            if (entry.path().extension() == ".later")
+                std::filesystem::rename(entry, entry.path().stem());
         auto frame = Zentrel::FullFrame::create(Zentrel::FullFrameFormat::RGB_U8(), height(), width());
         cv::Mat image = frame->image();
         image.setTo(cv::Scalar::all(0));

@@ -160,7 +160,7 @@ TEST_F(WriteCommandTest, WhatCannotBeginSaysWhyAndWritesNothing) {
     std::ofstream(folder / "file");
     fs::create_directory(folder / "out/2.zet");
     for (const auto& [arguments, message] : std::vector<std::pair<std::vector<std::string>, const char*>>{
-             {{}, "--output is required"},
+             {{}, "zet: --output is required"},
              {{"s.%d.png", "-o", "out/%d.zet"}, "\"out/2.zet\" is a folder"},
              {{"s.%d.png", "-o", "gone/%d.zet"}, "folder \"gone\" does not exist"},
              {{"s.%d.png", "-o", "out/%d.dpx"}, "unknown extension \".dpx\""},
@@ -208,6 +208,23 @@ TEST_F(WriteCommandTest, ResumeWritesOnlyWhatIsNotWhole) {
     EXPECT_THAT(write(call, {"--resume"}).output, HasSubstr("100% 6/6 frames")); // nothing left to do
     EXPECT_THAT(write({"out/../out/%d.zet", "-o", "out/%d.zet", "-f", "dxt5"}).errors,
                 HasSubstr("\"out/1.zet\" is the picture that it would be made from"));
+}
+
+TEST_F(WriteCommandTest, WhatOthersReplaceMeanwhileFailsTheFrame) {
+    makePictures("s.{}.png", {1});
+    for (const auto& [name, message] : std::map<std::string, std::string>{
+             {"s.1.png", "frame 1: s.1.png changed while it was converted\n"},
+             {"m", "frame 1: out/1.zet: was written, but manifest \"m\" is another run's now\n"}}) {
+        const std::vector<std::string> call{"s.%d.png", "-o",          "out/%d.zet", "-f", "rgb8",
+                                            "--plugin", FAULTY_WRITER, "--manifest", "m"};
+        ASSERT_EQ(write(call).exitCode, 0);
+        fs::remove(folder / "out/1.zet");
+        fs::copy_file(folder / name, folder / (name + ".later"));
+        const ProcessResult result = write(call);
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_THAT(result.errors, HasSubstr(message));
+        EXPECT_EQ(written().size(), name == "m");
+    }
 }
 
 TEST_F(WriteCommandTest, AFullDiskIsTheFramesError) {
