@@ -15,7 +15,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
+#include <stdexcept>
 
 namespace ZetImageIo {
 namespace {
@@ -98,6 +98,15 @@ bool MediaFileInput::open(const std::string& name, OIIO::ImageSpec& spec, const 
     });
 }
 
+std::unique_ptr<IImageFrame> MediaFileInput::readPixels() {
+    StreamFactory streams(ioproxy());
+    auto decoded = decode(MediaConversion::ZentrelMediaFileReader(streams).readFrame(file));
+    const cv::Mat image = decoded->image();
+    if (image.size() != cv::Size(m_spec.width, m_spec.height) || image.elemSize() != m_spec.pixel_bytes(true))
+        throw std::runtime_error(file + ": was replaced by another picture after it had been opened");
+    return decoded;
+}
+
 bool MediaFileInput::close() {
     pixels.reset();
     ioproxy_clear();
@@ -109,10 +118,8 @@ bool MediaFileInput::read_native_scanline(int subimage, int miplevel, int y, int
     if (!seek_subimage(subimage, miplevel) || z != m_spec.z || y < m_spec.y || y >= m_spec.y + m_spec.height)
         return false;
     return guarded(*this, [&] {
-        if (!pixels) {
-            StreamFactory streams(ioproxy());
-            pixels = decode(MediaConversion::ZentrelMediaFileReader(streams).readFrame(file));
-        }
+        if (!pixels)
+            pixels = readPixels();
         std::memcpy(data, pixels->image().ptr(y - m_spec.y), m_spec.scanline_bytes(true));
     });
 }

@@ -29,6 +29,8 @@ public:
     bool read_native_scanline(int subimage, int miplevel, int y, int z, void* data) override;
 
 private:
+    std::unique_ptr<Zentrel::IImageFrame> readPixels();
+
     std::string file;
     std::unique_ptr<Zentrel::IImageFrame> pixels;
 };

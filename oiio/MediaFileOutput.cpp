@@ -133,6 +133,8 @@ bool MediaFileOutput::write_scanline(int y, int, OIIO::TypeDesc format, const vo
     return guarded(*this, [&] {
         if (!job)
             throw std::runtime_error("no file is open");
+        if (job->rows == m_spec.height)
+            throw std::runtime_error("row " + std::to_string(y) + " came after the last one");
         if (y != m_spec.y + job->rows)
             throw std::runtime_error("row " + std::to_string(y) + " came, expected row " +
                                      std::to_string(m_spec.y + job->rows));

@@ -152,6 +152,20 @@ TEST_F(ImageFormatTest, ShowsWholeFilesOnly) {
     EXPECT_THAT(output.geterror(), HasSubstr("1 of 4 rows"));
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 
+    ASSERT_TRUE(begin());
+    for (int y = 0; y < 4; ++y)
+        ASSERT_TRUE(output.write_scanline(y, 0, OIIO::TypeUInt8, row.data(), OIIO::AutoStride));
+    EXPECT_FALSE(output.write_scanline(4, 0, OIIO::TypeUInt8, row.data(), OIIO::AutoStride));
+    EXPECT_EQ(output.geterror(), "row 4 came after the last one");
+    MediaFileInput input;
+    ImageSpec before;
+    ASSERT_TRUE(output.close() && input.open(file("b.zet"), before));
+    ASSERT_TRUE(output.open(file("b.zet"), specFor(4, 2, "rgb8"), MediaFileOutput::Create) &&
+                output.write_image(OIIO::TypeUInt8, row.data()) && output.close());
+    std::vector<std::uint8_t> all(row.size() * 4);
+    EXPECT_FALSE(input.read_image(0, 0, 0, -1, OIIO::TypeUInt8, all.data()));
+    EXPECT_THAT(input.geterror(), HasSubstr("b.zet: was replaced by another picture"));
+
     for (const auto& [spec, words] :
          std::vector<std::pair<ImageSpec, std::string>>{{specFor(7, 4, "422"), "6x4 or 8x4 would do"},
                                                         {specFor(8, 4, "9"), "unknown format \"9\""},
