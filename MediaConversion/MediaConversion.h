@@ -29,6 +29,7 @@
 #include <MediaConversion/converters/ImageToPackedFrame.h>
 #include <MediaConversion/converters/ImageYCbCr42xToRGB.h>
 #include <MediaConversion/converters/ImageYCoCgDXT5toRGB.h>
+#include <MediaConversion/converters/InstructionSet.h>
 #include <MediaConversion/converters/TableProcessor.h>
 #include <MediaConversion/mediafile/Exceptions.h>
 #include <MediaConversion/mediafile/FileStream.h>

@@ -29,6 +29,7 @@ ImageFrame::ImageFrame(OpenCvTypeTable const& table, FrameFormat const& format)
 
 ImageFrame::ImageFrame(OpenCvTypeTable const& table, FrameFormat const& format, int rows, int columns)
     : ImageFrame(table, format) {
+    checkSize(rows, columns);
     m_image.create(rows, columns, m_openCvType);
 }
 
@@ -55,10 +56,14 @@ void ImageFrame::attach(std::unique_ptr<RawFrameData> rawFrameData) {
     m_rawFrameData = std::move(rawFrameData);
 }
 
-std::uint64_t ImageFrame::elementCount(int rows, int columns) {
+void ImageFrame::checkSize(int rows, int columns) {
     if (rows < 0 || columns < 0)
         throw std::runtime_error("Frame size of " + std::to_string(rows) + " rows and " +
                                  std::to_string(columns) + " columns is negative");
+}
+
+std::uint64_t ImageFrame::elementCount(int rows, int columns) {
+    checkSize(rows, columns);
     return static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(columns);
 }
 

@@ -48,6 +48,8 @@ protected:
     /// Throws std::runtime_error for a null pointer.
     void attach(std::unique_ptr<RawFrameData> rawFrameData);
 
+    /// Throws std::runtime_error for a negative size, before it can pass for a huge one.
+    static void checkSize(int rows, int columns);
     /// rows * columns; throws std::runtime_error when either is negative.
     static std::uint64_t elementCount(int rows, int columns);
 

@@ -52,6 +52,7 @@ std::unique_ptr<PackedFrame> PackedFrame::createRaw(FrameFormat const& format, i
 PackedFrame::PackedFrame(FrameFormat const& format) : ImageFrame(openCvTypes, format) {}
 
 PackedFrame::PackedFrame(FrameFormat const& format, int rows, int columns) : ImageFrame(openCvTypes, format) {
+    checkSize(rows, columns);
     int const matrixRows = packedRows(format, rows);
     int const matrixColumns = packedColumns(format, columns);
     setImage(cv::Mat(matrixRows, matrixColumns, openCvType()));

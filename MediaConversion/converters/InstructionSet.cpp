@@ -3,6 +3,7 @@
 #include <MediaConversion/converters/kernels/Kernels.h>
 
 #include <atomic>
+#include <iterator>
 #include <stdexcept>
 
 namespace MediaConversion {
@@ -48,7 +49,9 @@ std::atomic<Implementation const*>& chosen() {
 
 std::string toString(InstructionSet set) {
     constexpr const char* names[] = {"plain", "AVX2", "AVX-512"};
-    return names[static_cast<int>(set)];
+    auto const number = static_cast<std::size_t>(set);
+    return number < std::size(names) ? names[number]
+                                     : "(Unknown InstructionSet " + std::to_string(number) + ")";
 }
 
 std::vector<InstructionSet> availableInstructionSets() {

@@ -98,6 +98,8 @@ TEST(Frames, RefuseWhatDoesNotFit) {
          "Expecting input data byte count 160000000000, got 16"},
         {[] { FullFrame::createRaw(F::RGB_U8(), -1, -1, rawData(3)); },
          "Frame size of -1 rows and -1 columns is negative"},
+        {[] { FullFrame(F::RGB_U8(), 1, -2); }, "Frame size of 1 rows and -2 columns is negative"},
+        {[] { PackedFrame(P::YCOCG_DXT5_U8(), 4, -4); }, "Frame size of 4 rows and -4 columns is negative"},
         {[] { PackedFrame::createRaw(P::RGB_DXT1_U8(), 4, 8, nullptr); }, "no rawFrameData"},
         {[] { FullFrame(F::RGB_U8(), 2, 2).rawFrameData(); }, "ImageFrame does not contain any raw data"},
     };
