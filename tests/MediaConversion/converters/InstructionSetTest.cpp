@@ -11,6 +11,8 @@ using namespace MediaConversion;
 
 namespace {
 
+constexpr std::size_t guardBytes = 128;
+
 TEST(InstructionSet, IsTheFastestUntilAnotherIsChosen) {
     auto const available = availableInstructionSets();
     ASSERT_EQ(available.front(), InstructionSet::Plain);
@@ -24,7 +26,7 @@ TEST(InstructionSet, IsTheFastestUntilAnotherIsChosen) {
 TEST(InstructionSet, MustBeOneOfTheMachine) {
     auto const before = instructionSet();
     auto const available = availableInstructionSets();
-    for (auto const set : {InstructionSet::Avx2, InstructionSet::Avx512}) {
+    for (auto const set : {InstructionSet::Avx2, InstructionSet::Avx512, InstructionSet(7)}) {
         if (std::find(available.begin(), available.end(), set) != available.end())
             continue;
         EXPECT_EQ(TestSupport::messageOf([&] { useInstructionSet(set); }),
@@ -33,13 +35,17 @@ TEST(InstructionSet, MustBeOneOfTheMachine) {
     EXPECT_EQ(instructionSet(), before);
 }
 
+std::vector<std::uint8_t> randomBytes(std::size_t count) {
+    std::mt19937 random;
+    std::vector<std::uint8_t> bytes(count);
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(random()); });
+    return bytes;
+}
+
 /// The bytes of the rows of pixels that a kernel makes of random blocks, and of what lies behind each row.
 std::vector<std::uint8_t> decodedWithGuards(RowDecoder const& decoder, int count) {
     auto const packing = decoder.source().pixelPacking;
-    std::mt19937 random;
-    std::vector<std::uint8_t> blocks(count * packing.bytes()); // what is read behind it, the sanitizers see
-    std::generate(blocks.begin(), blocks.end(), [&] { return static_cast<std::uint8_t>(random()); });
-    constexpr std::size_t guardBytes = 128;
+    auto const blocks = randomBytes(count * packing.bytes()); // what is read behind it, the sanitizers see
     std::size_t const rowBytes =
         count * packing.pixels().columns * decoder.destination().pixelPacking.bytes() + guardBytes;
     std::vector<std::uint8_t> pixels(packing.pixels().rows * rowBytes, 0xa5);
@@ -50,18 +56,37 @@ std::vector<std::uint8_t> decodedWithGuards(RowDecoder const& decoder, int count
     return pixels;
 }
 
-TEST(InstructionSet, DecodesRowsOfAnyLengthToTheSameBytes) {
+/// The blocks that a kernel makes of random pixels, and what lies behind them.
+std::vector<std::uint8_t> encodedWithGuards(RowEncoder const& encoder, int count) {
+    auto const packing = encoder.destination().pixelPacking;
+    std::size_t const rowBytes = count * packing.pixels().columns * encoder.source().pixelPacking.bytes();
+    auto const pixels = randomBytes(packing.pixels().rows * rowBytes);
+    std::vector<std::uint8_t> blocks(count * packing.bytes() + guardBytes, 0xa5);
+    encoder.encodeRow(pixels.data(), rowBytes, blocks.data(), count);
+    EXPECT_EQ(std::count(blocks.end() - guardBytes, blocks.end(), 0xa5), std::ptrdiff_t{guardBytes});
+    return blocks;
+}
+
+/// `convert` on all rows of the tables, with numbers of blocks around those that vectors hold: the bytes are
+/// those of the plain kernels.
+template <class Rows, class Convert>
+void expectSameBytes(std::initializer_list<Rows Kernels::*> tables, Convert const& convert) {
     auto const before = instructionSet();
     for (auto const set : availableInstructionSets())
-        for (auto const table : {&Kernels::unpacking, &Kernels::upsampling, &Kernels::decompression})
+        for (auto const table : tables)
             for (int i = 0; i < (plainKernels.*table).count; ++i)
                 for (int const count : {0, 1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64, 65, 130}) {
                     useInstructionSet(set);
-                    ASSERT_EQ(decodedWithGuards((currentKernels().*table).rows[i], count),
-                              decodedWithGuards((plainKernels.*table).rows[i], count))
+                    ASSERT_EQ(convert((currentKernels().*table).rows[i], count),
+                              convert((plainKernels.*table).rows[i], count))
                         << toString(set) << ", row " << i << ", " << count << " blocks";
                 }
     useInstructionSet(before);
+}
+
+TEST(InstructionSet, ConvertsRowsOfAnyLengthToTheSameBytes) {
+    expectSameBytes({&Kernels::packing, &Kernels::subsampling, &Kernels::compression}, encodedWithGuards);
+    expectSameBytes({&Kernels::unpacking, &Kernels::upsampling, &Kernels::decompression}, decodedWithGuards);
 }
 
 } // namespace
