@@ -1,9 +1,9 @@
 #include "Picture.h"
 
-#include "HalfFloat.h"
-
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <limits>
 #include <stdexcept>
 #include <system_error>
 #include <vector>
@@ -11,13 +11,27 @@
 namespace ZetTool {
 namespace {
 
+/// The value of an IEEE 754 half-float, which every float can hold.
+float valueOfHalf(std::uint32_t half) {
+    using Float = std::numeric_limits<float>;
+    const int exponent = static_cast<int>(half >> 10 & 31), mantissa = static_cast<int>(half & 1023);
+    const float magnitude = exponent == 0   ? std::ldexp(static_cast<float>(mantissa), -24)
+                            : exponent < 31 ? std::ldexp(static_cast<float>(1024 + mantissa), exponent - 25)
+                            : mantissa == 0 ? Float::infinity()
+                                            : Float::quiet_NaN();
+    return half >> 15 == 0 ? magnitude : -magnitude;
+}
+
 /// The values of all half-floats: looking one up is faster than making it.
-const std::vector<float> halves = [] {
-    std::vector<float> values;
-    for (std::uint32_t half = 0; half <= 0xffff; ++half)
-        values.push_back(floatOfHalf(static_cast<std::uint16_t>(half)));
-    return values;
-}();
+const float* halves() {
+    static const std::vector<float> values = [] {
+        std::vector<float> made;
+        for (std::uint32_t half = 0; half <= 0xffff; ++half)
+            made.push_back(valueOfHalf(half));
+        return made;
+    }();
+    return values.data();
+}
 
 /// Every `stride`-th sample, as a float.
 template <class Sample, class ToFloat>
@@ -68,7 +82,7 @@ void Picture::readRow(int y, int x, int r, EmbeddedHost::PictureChannel channel,
         const std::ptrdiff_t sample = pixel * block.channels + places[static_cast<std::size_t>(channel)];
         if (block.halfFloats)
             gather(reinterpret_cast<const std::uint16_t*>(block.samples->data()) + sample, block.channels, to,
-                   last - first, [](std::uint16_t half) { return halves[half]; });
+                   last - first, [values = halves()](std::uint16_t half) { return values[half]; });
         else
             gather(reinterpret_cast<const float*>(block.samples->data()) + sample, block.channels, to,
                    last - first, [](float value) { return value; });
