@@ -30,7 +30,7 @@ const std::map<std::pair<T, T>, ConvertBitDepth::ScaleFactorAndOpenCvType> Conve
 
 namespace {
 
-/// `cv::Mat::convertTo` uses one thread only, so that it gets a few rows at a time.
+/// `cv::Mat::convertTo` uses one thread only, so that it gets the rows one by one, on several threads.
 cv::Mat converted(cv::Mat const& image, ConvertBitDepth::ScaleFactorAndOpenCvType const& conversion) {
     cv::Mat result(image.size(), CV_MAKETYPE(conversion.openCvType, image.channels()));
     parallelRows(image.rows, [&](int row) {
