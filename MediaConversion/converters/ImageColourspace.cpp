@@ -59,8 +59,11 @@ ImageColourspace::Conversion ImageColourspace::selectConversion(FrameFormat cons
 }
 
 FullFrame ImageColourspace::convert(FullFrame const& frame) const {
-    auto const conversion = selectConversion(frame.format(), destination);
-    return FullFrame(destination, conversion(frame.image()), Zentrel::Frame::Origin::TopLeft);
+    cv::Mat image = selectConversion(frame.format(), destination)(frame.image());
+    // The pixels of raw data are not the matrix's own, and would be gone with the frame.
+    if (frame.containsRawFrameData() && frame.format() == destination)
+        image = image.clone();
+    return FullFrame(destination, image, Zentrel::Frame::Origin::TopLeft);
 }
 
 std::unique_ptr<Zentrel::IFrame> ImageColourspace::onNewImage(std::unique_ptr<Zentrel::IImageFrame> frame) {

@@ -28,6 +28,7 @@ public:
     static Conversion selectConversion(Zentrel::FrameFormat const& source,
                                        Zentrel::FrameFormat const& destination);
 
+    /// The result may outlive the frame. Equal formats share their pixels, unless they lie in raw data.
     Zentrel::FullFrame convert(Zentrel::FullFrame const& frame) const;
     /// Throws std::runtime_error for no frame or one that is not full.
     std::unique_ptr<Zentrel::IFrame> onNewImage(std::unique_ptr<Zentrel::IImageFrame> frame) override;

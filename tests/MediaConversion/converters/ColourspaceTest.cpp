@@ -48,6 +48,10 @@ TEST(ImageColourspace, ServesFourteenPairsOfOrdersAtEveryDepth) {
         }
     FullFrame const same(F::ARGB_U8(), 2, 2); // passed on, although no other format becomes ARGB
     EXPECT_EQ(ImageColourspace(F::ARGB_U8()).convert(same).image().data, same.image().data);
+    SelfPruningMemoryPool<HostMemoryResource, true> pool(3);
+    auto raw = FullFrame::createRaw(F::ARGB_U8(), 2, 2,
+                                    std::make_unique<RawFrameData>(std::make_unique<MemoryAccess>(pool, 16)));
+    EXPECT_NE(ImageColourspace(F::ARGB_U8()).convert(*raw).image().data, raw->image().data);
 }
 
 } // namespace
