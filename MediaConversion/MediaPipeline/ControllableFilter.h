@@ -51,12 +51,17 @@ public:
         frameSink->onNewFrame(std::move(converted));
     }
 
-    /// Becomes Active, then starts the sink behind it.
+    /// Becomes Active, then starts the sink behind it; Idle again when the sink cannot start.
     void start() override {
         requireState(State::Idle);
         currentState = State::Active;
-        if (auto* const control = dynamic_cast<IFrameControl*>(frameSink))
-            control->start();
+        try {
+            if (auto* const control = dynamic_cast<IFrameControl*>(frameSink))
+                control->start();
+        } catch (...) {
+            currentState = State::Idle;
+            throw;
+        }
     }
 
     /// Stops the sink behind it, then becomes Idle.

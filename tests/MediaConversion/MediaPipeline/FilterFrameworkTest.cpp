@@ -54,6 +54,15 @@ TEST(ControllableFilter, AllowsEachOperationInItsStateOnly) {
     EXPECT_EQ(NoOperation::toString(static_cast<NoOperation::State>(7)), "Unknown State 7");
 }
 
+TEST(ControllableFilter, IsIdleAgainWhenItsSinkCannotStart) {
+    NoOperation first(F::RGB_U8()), second(F::RGB_U8());
+    first.connect(&second);
+    second.start(); // and cannot start once more
+    EXPECT_EQ(messageOf([&] { first.start(); }), needsIdle);
+    second.stop();
+    first.start();
+}
+
 /// Three filters that pass frames on.
 struct Chain {
     NoOperation filters[3] = {NoOperation(F::RGB_U8()), NoOperation(F::RGB_U8()), NoOperation(F::RGB_U8())};
