@@ -11,6 +11,13 @@
 namespace ZetTool {
 namespace {
 
+/// The value without infinities and other excess, which some processors turn into black: no output tells
+/// samples apart that are above 1, and half-floats end here.
+float limited(float value) {
+    constexpr float limit = 65504;
+    return value > limit ? limit : value < -limit ? -limit : value; // NaN stays
+}
+
 /// The value of an IEEE 754 half-float, which every float can hold.
 float valueOfHalf(std::uint32_t half) {
     using Float = std::numeric_limits<float>;
@@ -27,7 +34,7 @@ const float* halves() {
     static const std::vector<float> values = [] {
         std::vector<float> made;
         for (std::uint32_t half = 0; half <= 0xffff; ++half)
-            made.push_back(valueOfHalf(half));
+            made.push_back(limited(valueOfHalf(half)));
         return made;
     }();
     return values.data();
@@ -85,7 +92,7 @@ void Picture::readRow(int y, int x, int r, EmbeddedHost::PictureChannel channel,
                    last - first, [values = halves()](std::uint16_t half) { return values[half]; });
         else
             gather(reinterpret_cast<const float*>(block.samples->data()) + sample, block.channels, to,
-                   last - first, [](float value) { return value; });
+                   last - first, limited);
         to += last - first;
     }
     std::fill_n(to, r - last, 0.0f);
