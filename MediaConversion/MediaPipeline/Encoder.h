@@ -32,12 +32,15 @@ public:
     };
     using Chain = std::vector<ChainLink>;
 
-    /// Every pair of formats that is served without a detour.
+    /// Every pair of formats that is served without a detour; all others that are go by way of BGRA_F32. From
+    /// BGRA_F32 and BGR_F32 all formats are reached that media files hold, but for DXT1; from others fewer
+    /// are. The table is filled before main begins: no Encoder can be made sooner.
     static const EncodingStepTable encodingSteps;
 
     /// Throws std::runtime_error for a pair of formats that is not supported.
     Encoder(Zentrel::FrameFormat in, Zentrel::FrameFormat out);
 
+    /// What is left behind can only be destroyed or assigned to.
     Encoder(Encoder&&) = default;
     /// Destroys the filters that it had and takes over those of the other, with their sink and state.
     Encoder& operator=(Encoder&&) = default;

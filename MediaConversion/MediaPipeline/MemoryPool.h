@@ -29,7 +29,8 @@ class IMemoryPool {
 public:
     virtual ~IMemoryPool() = default;
 
-    /// A resource of at least `size` bytes, or null when there is none. The pool keeps owning it.
+    /// A resource of at least `size` bytes, or null when there is none. The pool keeps owning it. A pool for
+    /// frames had better throw than give null: OpenCV's functions do not expect matrices without memory.
     virtual IMemoryResource* acquire(std::uint64_t size) = 0;
     virtual void release(IMemoryResource* resource) = 0;
     /// The resources that the pool holds, busy or idle.

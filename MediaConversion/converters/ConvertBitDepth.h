@@ -10,7 +10,8 @@ namespace MediaConversion {
 
 /// Multiplies every sample by the quotient of the two full scales, as cv::Mat::convertTo does: rounded to
 /// nearest, and limited to the range of the container only, so that float above 1.0 gives 10- and 12-bit
-/// codes above full scale.
+/// codes above full scale. Float beyond the range of an int once multiplied (infinity, too) becomes what
+/// OpenCV makes of it: 0 on x86-64.
 class ConvertBitDepth final : public ControllableFilter<ConvertBitDepth> {
 public:
     struct ScaleFactorAndOpenCvType {

@@ -19,7 +19,7 @@ std::vector<InstructionSet> availableInstructionSets();
 InstructionSet instructionSet();
 
 /// Has all conversions from now on use a certain set. Throws std::runtime_error for one that the machine
-/// lacks.
+/// lacks. Any thread may call it: each conversion asks once, when it begins.
 void useInstructionSet(InstructionSet set);
 
 } // namespace MediaConversion

@@ -26,6 +26,8 @@ public:
     virtual std::streampos tellg() = 0;
 };
 
+/// The writer opens a path for output and writes twice; the reader opens one for input, seeks the end for the
+/// length, and reads from the beginning on. Both look at `fail` after each call.
 class IFileStream : public IIoStream {
 public:
     virtual void open(const char* path, std::ios_base::openmode mode) = 0;

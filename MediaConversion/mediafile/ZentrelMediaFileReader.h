@@ -32,8 +32,8 @@ struct ZentrelMediaFileInfo {
 ///
 /// Every fault of a file or its stream is a MediaFileAccessException that carries the path, and a text that
 /// names where in the file it is, what stands there and what was expected. Nothing that a file says makes the
-/// reader allocate more than the file's own length. Folders, devices and pipes are refused without being
-/// opened.
+/// reader allocate more than the file's own length. What the operating system knows under the path as a
+/// folder, device or pipe is refused without being opened.
 class ZentrelMediaFileReader {
 public:
     /// The factory must outlive the reader.
@@ -44,7 +44,7 @@ public:
 
     /// Checks the file and reads it whole, into one block of memory that the frame, full or packed, keeps
     /// (`rawFrameData`): its pixels are that block from the headers' end on. The frame may outlive the
-    /// reader.
+    /// reader. The memory comes from a pool that all readers of the process share.
     std::unique_ptr<Zentrel::IImageFrame> readFrame(std::filesystem::path const& path);
 
 private:

@@ -30,8 +30,9 @@ public:
     /// 65536. Throws InternalException for a format that cannot be written.
     static std::string headers(Zentrel::FrameFormat const& format, int columns, int rows);
 
-    /// Writes the whole file, over an existing one. Throws MediaFileAccessException for everything that
-    /// fails; what has been written by then stays behind. Width and height are stored modulo 65536.
+    /// Writes the whole file, over an existing one, which is emptied first. Throws MediaFileAccessException,
+    /// which carries the path, for everything that fails; what has been written by then stays behind. Width
+    /// and height are stored modulo 65536: of a larger picture no reader can make sense.
     void writeFrame(std::filesystem::path const& path, std::unique_ptr<Zentrel::IFrame> frame);
     void writeFrame(std::string const& path, std::unique_ptr<Zentrel::IFrame> frame);
     void writeFrame(const char* path, std::unique_ptr<Zentrel::IFrame> frame);
