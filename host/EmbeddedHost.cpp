@@ -10,7 +10,6 @@
 #include <dlfcn.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <exception>
 #include <stdexcept>
 #include <utility>

@@ -11,7 +11,6 @@
 #include <MediaConversion/converters/Words.h>
 
 #include <array>
-#include <cstdint>
 #include <iterator>
 
 namespace MediaConversion {
