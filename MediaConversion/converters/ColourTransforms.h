@@ -13,12 +13,12 @@ void BgrToY(Real b, Real g, Real r, Real& y) {
 }
 
 /// Full-range YCbCr of ITU-T T.871 on samples of 0..1, u being Cb and v Cr, both centred on 0.5; neither
-/// rounds nor clamps.
+/// rounds nor clamps. For samples of another range `half` is the middle of it.
 template <class Real>
-void BgrToYuv(Real b, Real g, Real r, Real& y, Real& u, Real& v) {
+void BgrToYuv(Real b, Real g, Real r, Real& y, Real& u, Real& v, Real half = 0.5) {
     BgrToY<Real>(b, g, r, y);
-    u = ((0.5 * b - 0.168736 * r) - 0.331264 * g) + 0.5;
-    v = ((0.5 * r - 0.418688 * g) - 0.081312 * b) + 0.5;
+    u = ((0.5 * b - 0.168736 * r) - 0.331264 * g) + half;
+    v = ((0.5 * r - 0.418688 * g) - 0.081312 * b) + half;
 }
 
 inline void BgrToY(double b, double g, double r, double& y) { BgrToY<double>(b, g, r, y); }

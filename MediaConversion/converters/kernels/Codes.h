@@ -1,5 +1,8 @@
-// From values, nominally 0..1, to integer codes: rounded half up, as double precision gives it. Codes out of
-// range are taken modulo their bits.
+// From values to integer codes: rounded half up, as double precision gives it. Codes out of range are taken
+// modulo their bits.
+//
+// A kind of codes names the type of the values, `Real`, and their full scale, nominally the largest. A value
+// may be given as the sum of several, with the `weight` that makes their mean of it.
 #pragma once
 
 #include <MediaConversion/converters/kernels/Vectors.h>
@@ -23,9 +26,10 @@ public:
 class DoubleCodes {
 public:
     using Real = Doubles;
+    static constexpr int fullScale = 1;
 
-    Ints operator()(Doubles value, int bits) const {
-        return lowBits(truncated(value * ((1 << bits) - 1) + 0.5), bits);
+    Ints operator()(Doubles value, int bits, double weight = 1) const {
+        return lowBits(truncated(value * weight * ((1 << bits) - 1) + 0.5), bits);
     }
     static constexpr bool certain() { return true; }
 };
@@ -35,20 +39,23 @@ public:
 ///
 /// Codes are first made with 24 bits, of which the upper ones are the code and the others its fraction. A
 /// unit is the lowest of the 24 bits. A value that is off by at most `errorUnits` units, the roundings of the
-/// product and of the sum (half a unit each) included, can give another code only where the fraction is that
-/// close to a whole code. Codes are made that much too large, so that there the fraction is below twice as
-/// much. There, and for NaN, whose conversion leaves the fraction 0, the results are not certain.
+/// product and of the sum (half a unit each) and that of the factor included, can give another code only
+/// where the fraction is that close to a whole code. Codes are made that much too large, so that there the
+/// fraction is below twice as much. There, and for NaN, whose conversion leaves the fraction 0, the results
+/// are not certain.
 ///
-/// Samples above 1 make codes out of range; those below 0 are rounded towards zero.
-template <int errorUnits, bool outOfRange>
+/// Samples above full scale make codes out of range; those below 0 are rounded towards zero.
+template <int fullScale_, int errorUnits, bool outOfRange>
 class SingleCodes {
 public:
     using Real = Floats;
+    static constexpr int fullScale = fullScale_;
 
-    Ints operator()(Floats value, int bits) {
+    Ints operator()(Floats value, int bits, double weight = 1) {
         int const fractionBits = 24 - bits, fractions = 1 << fractionBits;
+        double const factor = weight * ((1 << bits) - 1) * fractions / fullScale;
         static_assert((errorUnits & (errorUnits - 1)) == 0, "the mask below needs a power of two");
-        Ints const code = truncated(value * (((1 << bits) - 1) * fractions) + (fractions / 2 + errorUnits));
+        Ints const code = truncated(value * factor + (fractions / 2 + errorUnits));
         distance = min(distance, code & (fractions - 2 * errorUnits));
         if constexpr (outOfRange)
             return lowBits((code + (code >> 31 & (fractions - 1))) >> fractionBits, bits);

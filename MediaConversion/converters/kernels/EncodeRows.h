@@ -13,6 +13,7 @@
 
 #include <MediaConversion/converters/PixelTypes.h>
 #include <MediaConversion/converters/kernels/Codes.h>
+#include <MediaConversion/converters/kernels/Fractions.h>
 #include <MediaConversion/converters/kernels/Groups.h>
 #include <MediaConversion/converters/kernels/Kernels.h>
 
@@ -23,7 +24,8 @@
 namespace MediaConversion {
 namespace {
 
-/// One pixel of every block, as fractions of full scale: those of floats limited to 0..1, NaN excepted.
+/// One pixel of every block: as fractions of full scale, those of floats limited to 0..1, NaN excepted; in
+/// single precision integers as they are.
 template <class Real>
 struct Colours {
     Real blue, green, red, alpha;
@@ -39,11 +41,10 @@ template <class Source, class Format>
 constexpr bool isAboveOne = !Format::template limits<typename Source::Depth> &&
                             Source::Depth::fullScale < std::numeric_limits<typename Source::Sample>::max();
 
-/// A sample, given as it is stored, as a fraction of full scale; for `Real` being integers as it is.
+/// A sample, given as it is stored, as `Colours` has it; for `Real` being integers as it is.
 template <class Real, class Source, class Format>
-Real normalised(Ints sample) {
+Real valueOf(Ints sample) {
     using Depth = typename Source::Depth;
-    constexpr float scale = Depth::fullScale;
     constexpr bool isLimited = Format::template limits<Depth> &&
                                Depth::fullScale < std::numeric_limits<typename Depth::Sample>::max();
     if constexpr (std::is_same_v<Real, Ints>) {
@@ -52,13 +53,11 @@ Real normalised(Ints sample) {
         constexpr bool isFloat = std::is_same_v<Depth, F32>;
         Floats number = isFloat ? Floats(reinterpret_cast<FloatVector>(sample.vector)) : Floats(sample);
         if constexpr (isLimited)
-            number = limited(number, scale);
-        if constexpr (isFloat)
+            number = limited(number, Depth::fullScale);
+        if constexpr (isFloat || std::is_same_v<Real, Floats>)
             return Real(number);
-        else if constexpr (std::is_same_v<Real, Floats>)
-            return number * (1 / scale);
         else
-            return Real(number) / scale;
+            return Fraction<Depth::fullScale>::of(Real(number));
     }
 }
 
@@ -66,7 +65,7 @@ template <class Real, class Source, class Format, std::size_t count>
 Colours<Real> coloursOf(std::array<Ints, count> const& words, int pixel) {
     using Order = typename Source::Order;
     auto const value = [&](int channel) {
-        return normalised<Real, Source, Format>(sampleOf<Source>(words, pixel, channel));
+        return valueOf<Real, Source, Format>(sampleOf<Source>(words, pixel, channel));
     };
     Colours<Real> colours{value(Order::blue), value(Order::green), value(Order::red), 1};
     if constexpr (Source::channels == 4)
@@ -98,19 +97,17 @@ private:
     std::array<BlockWords<rowBytes>, Format::rows> words;
 };
 
-/// In single precision. What makes fractions of integers, the inverse of full scale and the product with it,
-/// costs one and a half units more.
+/// In single precision. The factor that makes codes of integers is rounded, which costs one unit more.
 template <class Format, class Source>
-constexpr int errorUnits = (std::is_same_v<typename Source::Depth, F32> ? Format::errorUnits
-                            : Format::errorUnits <= 2                   ? 4
-                                                                        : 8)
-                           << isAboveOne<Source, Format>;
+constexpr int errorUnits =
+    Format::errorUnits << (!std::is_same_v<typename Source::Depth, F32> + isAboveOne<Source, Format>);
 
 /// How the codes of a format are first made from a source.
 template <class Format, class Source>
 using FirstCodes =
     std::conditional_t<std::is_same_v<typename Source::Depth, typename Format::SameDepth>, SampleCodes,
-                       SingleCodes<errorUnits<Format, Source>, isAboveOne<Source, Format>>>;
+                       SingleCodes<static_cast<int>(Source::Depth::fullScale), errorUnits<Format, Source>,
+                                   isAboveOne<Source, Format>>>;
 
 template <class Format, class Source>
 struct RoundedGroup {

@@ -40,31 +40,30 @@ Chroma<Real> operator+(Chroma<Real> const& a, Chroma<Real> const& b) {
     return {a.cb + b.cb, a.cr + b.cr};
 }
 
+/// Of a pixel, or of the sum of several; `half` is the middle of the range.
 template <class Real>
-Chroma<Real> chromaOf(Colours<Real> const& pixel) {
+Chroma<Real> chromaOf(Colours<Real> const& pixel, double half) {
     Real y;
     Chroma<Real> chroma;
-    BgrToYuv<Real>(pixel.blue, pixel.green, pixel.red, y, chroma.cb, chroma.cr);
+    BgrToYuv<Real>(pixel.blue, pixel.green, pixel.red, y, chroma.cb, chroma.cr, half);
     return chroma;
 }
 
-/// The mean chroma of pixels. In single precision it is the chroma of their mean: that is made sooner, and
+/// The sum of the pixels' chroma. In single precision it is the chroma of their sum: that is made sooner, and
 /// the same but for the roundings.
-template <class Real, std::size_t count>
-Chroma<Real> meanChroma(std::array<Colours<Real>, count> const& pixels) {
-    constexpr double weight = 1.0 / count;
+template <class Codes, class Real, std::size_t count>
+Chroma<Real> chromaSum(std::array<Colours<Real>, count> const& pixels) {
     if constexpr (std::is_same_v<Real, Floats>) {
         auto sums = pixels;
         for (std::size_t half = count / 2; half > 0; half /= 2)
             for (std::size_t i = 0; i < half; ++i)
                 sums[i] = sums[i] + sums[i + half];
-        auto const& sum = sums[0];
-        return chromaOf<Real>({sum.blue * weight, sum.green * weight, sum.red * weight, 1});
+        return chromaOf(sums[0], count * 0.5 * Codes::fullScale);
     } else {
-        auto sum = chromaOf(pixels[0]);
+        auto sum = chromaOf(pixels[0], 0.5);
         for (std::size_t i = 1; i < count; ++i)
-            sum = sum + chromaOf(pixels[i]);
-        return {sum.cb * weight, sum.cr * weight};
+            sum = sum + chromaOf(pixels[i], 0.5);
+        return sum;
     }
 }
 
@@ -82,11 +81,13 @@ struct Encode422 {
 
     template <int part, class Real, class Codes>
     static auto encode(std::array<Colours<Real>, 2> const& pixels, Codes& codes) {
-        auto const code = [&](Real const& value) { return codes(value, Block::bits); };
+        auto const code = [&](Real const& value, double weight = 1) {
+            return codes(value, Block::bits, weight);
+        };
         if constexpr (part == Part::luma)
             return Block::pack(Codes422<Ints>{code(lumaOf(pixels[0])), 0, code(lumaOf(pixels[1])), 0});
-        auto const chroma = meanChroma(pixels);
-        return Block::pack(Codes422<Ints>{0, code(chroma.cb), 0, code(chroma.cr)});
+        auto const sum = chromaSum<Codes>(pixels);
+        return Block::pack(Codes422<Ints>{0, code(sum.cb, 0.5), 0, code(sum.cr, 0.5)});
     }
 };
 
@@ -99,12 +100,14 @@ struct Encode420 {
 
     template <int part, class Real, class Codes>
     static auto encode(std::array<Colours<Real>, 4> const& pixels, Codes& codes) {
-        auto const code = [&](Real const& value) { return codes(value, EightBit420::bits); };
+        auto const code = [&](Real const& value, double weight = 1) {
+            return codes(value, EightBit420::bits, weight);
+        };
         auto const luma = [&](int pixel) { return code(lumaOf(pixels[pixel])); };
         if constexpr (part == Part::luma)
             return EightBit420::pack(Codes420<Ints>{0, 0, luma(0), luma(1), luma(2), luma(3)});
-        auto const chroma = meanChroma(pixels);
-        return EightBit420::pack(Codes420<Ints>{code(chroma.cb), code(chroma.cr), 0, 0, 0, 0});
+        auto const sum = chromaSum<Codes>(pixels);
+        return EightBit420::pack(Codes420<Ints>{code(sum.cb, 0.25), code(sum.cr, 0.25), 0, 0, 0, 0});
     }
 };
 
@@ -122,7 +125,7 @@ struct Encode4224 {
         auto const alpha = [&](int pixel) { return codes(pixels[pixel].alpha, H::alphaBits); };
         if constexpr (part == Part::luma)
             return H::pack(Codes4224<Ints>{luma(0), luma(1), 0, 0, alpha(0), alpha(1)});
-        auto const chroma = chromaOf(pixels[0]);
+        auto const chroma = chromaOf(pixels[0], 0.5);
         return H::pack(
             Codes4224<Ints>{0, 0, codes(chroma.cb, H::chromaBits), codes(chroma.cr, H::chromaBits), 0, 0});
     }

@@ -4,36 +4,10 @@
 #include <MediaConversion/converters/ColourTransforms.h>
 #include <MediaConversion/converters/YCbCrBlocks.h>
 #include <MediaConversion/converters/kernels/DecodeRows.h>
+#include <MediaConversion/converters/kernels/Fractions.h>
 
 namespace MediaConversion {
 namespace {
-
-/// Codes as fractions of full scale in double precision, without the division, which takes longer than all
-/// else. The reciprocal is split in two: the upper part has so few bits that its product with a code is
-/// exact, the product with the lower one is off by far less than any quotient is from the middle between two
-/// doubles.
-template <int fullScale>
-struct Fraction {
-    static constexpr double upper = 1.0 / fullScale + 16 - 16, lower = (1 - fullScale * upper) / fullScale;
-
-    template <class Real>
-    static constexpr Real of(Real code) {
-        return code * upper + code * lower;
-    }
-
-    static constexpr bool isExact() {
-        for (int code = 0; code <= fullScale; ++code)
-            if (of<double>(code) != code / static_cast<double>(fullScale))
-                return false;
-        return true;
-    }
-};
-static_assert(Fraction<255>::isExact() && Fraction<1023>::isExact() && Fraction<4095>::isExact());
-
-template <int fullScale>
-Doubles fraction(Ints code) {
-    return Fraction<fullScale>::of(Doubles(code));
-}
 
 /// A value, nominally 0..1, as a sample of the depth, limited to what it holds.
 template <class Depth>
