@@ -46,7 +46,7 @@ struct Rgb565 {
         return ((red >> 3) << 11) | ((green >> 2) << 5) | (blue >> 3);
     }
     // clang-format off
-    template <class Int> static Int red(Int const& word)   { return word >> 11; }
+    template <class Int> static Int red(Int const& word)   { return word >> 11 & 31; }
     template <class Int> static Int green(Int const& word) { return word >> 5 & 63; }
     template <class Int> static Int blue(Int const& word)  { return word & 31; }
     // clang-format on
@@ -57,9 +57,10 @@ struct ColourPiece {
     static Piece<Int> pack(Int const& endpoint0, Int const& endpoint1, std::array<Int, 2> const& indices) {
         return {endpoint0, endpoint1, indices[0], indices[1]};
     }
+    /// Both endpoints, the first one in the lower 16 bits.
     template <class Int>
-    static Int endpoint(std::array<Int, 2> const& piece, int number) {
-        return piece[0] >> (16 * number) & 0xffff;
+    static Int endpoints(std::array<Int, 2> const& piece) {
+        return piece[0];
     }
     /// The indices of all pixels, that of pixel i from bit 2 i on.
     template <class Int>

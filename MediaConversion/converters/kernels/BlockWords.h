@@ -50,6 +50,18 @@ inline std::array<FloatVector, 4> transposed(FloatVector a, FloatVector b, Float
             quadsOf<0, 1, 4, 5>(ab23, cd23), quadsOf<2, 3, 6, 7>(ab23, cd23)};
 }
 
+/// Half `half` (0, 1) of each quad of two vectors whose numbers take turns.
+template <int half, class Vector, int... i>
+Vector interleaved(Vector a, Vector b, std::integer_sequence<int, i...>) {
+    constexpr int width = sizeof...(i), ofQuad = width / (lanes / 4);
+    return shuffled<(i / ofQuad * ofQuad + half * ofQuad / 2 + i % ofQuad / 2 + i % 2 * width)...>(a, b);
+}
+
+template <int half, class Vector>
+Vector interleaved(Vector a, Vector b) {
+    return interleaved<half>(a, b, std::make_integer_sequence<int, sizeof(Vector) / sizeof(a[0])>());
+}
+
 // Whole vectors of quads: transposed as they lie in memory, with the lanes put into order afterwards. It pays
 // for the widest vectors only, to which quads are added one by one.
 

@@ -10,17 +10,6 @@
 namespace MediaConversion {
 namespace {
 
-/// Half `half` (0, 1) of each quad of two vectors whose numbers of 16 bits take turns.
-template <int half, int... i>
-Shorts::Vector interleaved(Shorts::Vector a, Shorts::Vector b, std::integer_sequence<int, i...>) {
-    return shuffled<(i / 8 * 8 + 4 * half + i % 8 / 2 + i % 2 * 2 * lanes)...>(a, b);
-}
-
-template <int half>
-Shorts::Vector interleaved(Shorts::Vector a, Shorts::Vector b) {
-    return interleaved<half>(a, b, std::make_integer_sequence<int, 2 * lanes>());
-}
-
 /// Half `half` (0, 1) of each quad of two vectors.
 template <int half, int... i>
 FloatVector halvesOfQuads(FloatVector a, FloatVector b, std::integer_sequence<int, i...>) {

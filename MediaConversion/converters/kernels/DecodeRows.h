@@ -2,13 +2,16 @@
 // row.
 //
 // A `Format` names the rows and columns of pixels in a block, and its bytes. `Format::decode<Depth>(words)`
-// gives the samples of a block's pixels, row by row, from the block as 32-bit words, the lowest byte first.
+// gives the samples of a block's pixels, row by row, from the block as 32-bit words, the lowest byte first;
+// if a block has four columns, `Format::decode(words)` gives its rows as `PixelBytes`.
 #pragma once
 
 #include <MediaConversion/converters/PixelTypes.h>
 #include <MediaConversion/converters/Words.h>
+#include <MediaConversion/converters/kernels/Bytes.h>
 #include <MediaConversion/converters/kernels/Groups.h>
 #include <MediaConversion/converters/kernels/Kernels.h>
+#include <MediaConversion/converters/kernels/Shorts.h>
 #include <MediaConversion/converters/kernels/Unrolled.h>
 
 #include <algorithm>
@@ -109,18 +112,9 @@ FloatVector threeOfFour(FloatVector a, FloatVector b, std::integer_sequence<int,
     return shuffled<((part * lanes + i) / 3 * 4 + (part * lanes + i) % 3 - part * lanes)...>(a, b);
 }
 
-/// Writes the words of each lane, lane by lane.
-template <std::size_t count>
-void storeLanes(std::array<Ints, count> const& words, std::uint8_t* to) {
-    // Quads of four words each, or of three and one of anything.
-    constexpr int wordsOfQuad = count % 4 == 0 ? 4 : 3, quads = count / wordsOfQuad;
-    std::array<std::array<FloatVector, 4>, quads> columns;
-    unrolled<quads>([&](auto quad) {
-        auto const row = [&](int i) {
-            return reinterpret_cast<FloatVector>(words[wordsOfQuad * quad + i % wordsOfQuad].vector);
-        };
-        columns[quad] = transposed(row(0), row(1), row(2), row(3));
-    });
+/// Writes the quads of each lane, lane by lane: four words of each, or the lower three.
+template <int wordsOfQuad, std::size_t quads>
+void storeQuads(std::array<std::array<FloatVector, 4>, quads> const& columns, std::uint8_t* to) {
     std::array<FloatVector, 4 * quads> vectors;
     unrolled<4>([&](auto i) {
         std::array<FloatVector, quads> column;
@@ -129,7 +123,7 @@ void storeLanes(std::array<Ints, count> const& words, std::uint8_t* to) {
         unrolled<quads>([&](auto quad) { vectors[quads * i + quad] = column[quad]; });
     });
 
-    unrolled<count>([&](auto i) {
+    unrolled<wordsOfQuad * quads>([&](auto i) {
         FloatVector vector;
         if constexpr (wordsOfQuad == 4)
             vector = vectors[i];
@@ -138,6 +132,65 @@ void storeLanes(std::array<Ints, count> const& words, std::uint8_t* to) {
                                         std::make_integer_sequence<int, lanes>());
         std::memcpy(to + i * sizeof vector, &vector, sizeof vector);
     });
+}
+
+/// Writes the words of each lane, lane by lane.
+template <std::size_t count>
+void storeLanes(std::array<Ints, count> const& words, std::uint8_t* to) {
+    constexpr int wordsOfQuad = count % 4 == 0 ? 4 : 3, quads = count / wordsOfQuad;
+    std::array<std::array<FloatVector, 4>, quads> columns;
+    unrolled<quads>([&](auto quad) {
+        auto const row = [&](int i) {
+            return reinterpret_cast<FloatVector>(words[wordsOfQuad * quad + i % wordsOfQuad].vector);
+        };
+        columns[quad] = transposed(row(0), row(1), row(2), row(3));
+    });
+    storeQuads<wordsOfQuad>(columns, to);
+}
+
+/// In each quad the lower three bytes of every four.
+template <int... i>
+ByteVector lowerThreeBytes(ByteVector quads, std::integer_sequence<int, i...>) {
+    return shuffled<(i % 16 < 12 ? i / 16 * 16 + i % 16 / 3 * 4 + i % 16 % 3 : i)...>(quads, quads);
+}
+
+/// Writes the pixels of each lane, lane by lane.
+template <class Destination>
+void storePixels(std::array<Samples, lanePixels> const& pixels, std::uint8_t* to) {
+    storeLanes(packPixels<Destination>(pixels), to);
+}
+
+/// Pixels that are opaque.
+template <class Destination>
+void storePixels(PixelBytes const& pixels, std::uint8_t* to) {
+    using Order = typename Destination::Order;
+    constexpr int channels = Destination::channels;
+    std::array<Ints, 4> bytes;
+    bytes.fill(channels == 4 ? -1 : 0);
+    bytes[Order::red] = pixels.red;
+    bytes[Order::green] = pixels.green;
+    bytes[Order::blue] = pixels.blue;
+    // In each quad the four pixels of a lane.
+    std::array<FloatVector, 4> quads;
+    unrolled<2>([&](auto half) {
+        auto const pair = [&](int i) {
+            return Shorts::Vector(interleaved<half>(Bytes(bytes[i]).vector, Bytes(bytes[i + 1]).vector));
+        };
+        quads[2 * half] = FloatVector(interleaved<0>(pair(0), pair(2)));
+        quads[2 * half + 1] = FloatVector(interleaved<1>(pair(0), pair(2)));
+    });
+    if constexpr (channels == 3 && lanes == 4) { // vectors of 16 bytes cannot shuffle bytes
+        auto const columns = transposed(quads[0], quads[1], quads[2], quads[3]);
+        auto const pixel = [&](int i) { return Floats(columns[i]).bits(); };
+        storeLanes<3>(
+            {pixel(0) | pixel(1) << 24, pixel(1) >> 8 | pixel(2) << 16, pixel(2) >> 16 | pixel(3) << 8}, to);
+    } else {
+        if constexpr (channels == 3)
+            for (auto& quad : quads)
+                quad = FloatVector(
+                    lowerThreeBytes(ByteVector(quad), std::make_integer_sequence<int, 4 * lanes>()));
+        storeQuads<channels, 1>({quads}, to);
+    }
 }
 
 template <class Format, class Destination>
@@ -157,17 +210,26 @@ struct DecodedGroup {
 
 private:
     static void decode(std::uint8_t const* blocks, std::uint8_t* pixels, std::size_t rowBytes) {
-        auto const words = loadLanes<laneBlocks * Format::bytes>(blocks);
-        std::array<std::array<Samples, lanePixels>, rows> samples;
-        unrolled<laneBlocks>([&](auto block) {
-            auto const decoded = Format::template decode<typename Destination::Depth>(
-                wordsAt<(Format::bytes + 3) / 4>(words, 8 * Format::bytes * block));
-            unrolled<rows * Format::columns>([&](auto i) {
-                samples[i / Format::columns][block * Format::columns + i % Format::columns] = decoded[i];
+        auto const decoded = decodedRows(loadLanes<laneBlocks * Format::bytes>(blocks));
+        unrolled<rows>([&](auto row) { storePixels<Destination>(decoded[row], pixels + row * rowBytes); });
+    }
+
+    template <class Words>
+    static auto decodedRows(Words const& words) {
+        constexpr int blockWords = (Format::bytes + 3) / 4;
+        if constexpr (laneBlocks == 1) {
+            return Format::decode(wordsAt<blockWords>(words, 0));
+        } else {
+            std::array<std::array<Samples, lanePixels>, rows> samples;
+            unrolled<laneBlocks>([&](auto block) {
+                auto const decoded = Format::template decode<typename Destination::Depth>(
+                    wordsAt<blockWords>(words, 8 * Format::bytes * block));
+                unrolled<rows * Format::columns>([&](auto i) {
+                    samples[i / Format::columns][block * Format::columns + i % Format::columns] = decoded[i];
+                });
             });
-        });
-        unrolled<rows>(
-            [&](auto row) { storeLanes(packPixels<Destination>(samples[row]), pixels + row * rowBytes); });
+            return samples;
+        }
     }
 };
 

@@ -12,17 +12,8 @@ struct DecodeBlock {
     static constexpr int rows = Dxt::blockSize, columns = Dxt::blockSize;
     static constexpr int bytes = BlockDecoder::pieces * Dxt::pieceBytes;
 
-    template <class Depth>
-    static std::array<Samples, Dxt::blockPixels> decode(std::array<Ints, bytes / 4> const& words) {
-        auto const pairs = BlockDecoder::decode(words);
-        std::array<Samples, Dxt::blockPixels> pixels;
-        unrolled<Dxt::blockPixels / 2>([&](auto i) {
-            auto const [red, green, blue] = pairs[i];
-            pixels[i] = {red.ints() & 0xffff, green.ints() & 0xffff, blue.ints() & 0xffff, opaque<Depth>()};
-            pixels[i + Dxt::blockPixels / 2] = {red.ints() >> 16, green.ints() >> 16, blue.ints() >> 16,
-                                                opaque<Depth>()};
-        });
-        return pixels;
+    static Dxt::PixelRows decode(std::array<Ints, bytes / 4> const& words) {
+        return BlockDecoder::decode(words);
     }
 };
 

@@ -8,6 +8,7 @@ namespace {
 
 using FloatVector = VectorOf<float, 32>;
 using IntVector = VectorOf<std::int32_t, 32>;
+using ByteVector = VectorOf<std::uint8_t, 32>;
 
 inline __m128 loadQuad(std::uint8_t const* bytes) {
     return _mm_loadu_ps(reinterpret_cast<float const*>(bytes));
@@ -25,6 +26,23 @@ inline FloatVector smaller(FloatVector a, FloatVector b) { return _mm256_min_ps(
 inline bool anyZero(IntVector a) {
     return _mm256_movemask_epi8(_mm256_cmpeq_epi32(reinterpret_cast<__m256i>(a), _mm256_setzero_si256())) !=
            0;
+}
+
+inline ByteVector limitedSum(ByteVector a, ByteVector b) {
+    return reinterpret_cast<ByteVector>(
+        _mm256_adds_epu8(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b)));
+}
+inline ByteVector limitedDifference(ByteVector a, ByteVector b) {
+    return reinterpret_cast<ByteVector>(
+        _mm256_subs_epu8(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b)));
+}
+
+inline IntVector bytesAt(IntVector table, IntVector places) {
+    constexpr int number = 0x04040404;
+    IntVector const inQuad =
+        places | IntVector{0, number, 2 * number, 3 * number, 0, number, 2 * number, 3 * number};
+    return reinterpret_cast<IntVector>(
+        _mm256_shuffle_epi8(reinterpret_cast<__m256i>(table), reinterpret_cast<__m256i>(inQuad)));
 }
 
 } // namespace

@@ -8,6 +8,7 @@ namespace {
 
 using FloatVector = VectorOf<float, 64>;
 using IntVector = VectorOf<std::int32_t, 64>;
+using ByteVector = VectorOf<std::uint8_t, 64>;
 
 inline __m128 loadQuad(std::uint8_t const* bytes) {
     return _mm_loadu_ps(reinterpret_cast<float const*>(bytes));
@@ -29,6 +30,24 @@ inline FloatVector smaller(FloatVector a, FloatVector b) { return _mm512_maskz_m
 inline bool anyZero(IntVector a) {
     auto const bits = reinterpret_cast<__m512i>(a);
     return _mm512_testn_epi32_mask(bits, bits) != 0;
+}
+
+inline ByteVector limitedSum(ByteVector a, ByteVector b) {
+    return reinterpret_cast<ByteVector>(
+        _mm512_adds_epu8(reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b)));
+}
+inline ByteVector limitedDifference(ByteVector a, ByteVector b) {
+    return reinterpret_cast<ByteVector>(
+        _mm512_subs_epu8(reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b)));
+}
+
+inline IntVector bytesAt(IntVector table, IntVector places) {
+    constexpr int number = 0x04040404;
+    IntVector const inQuad =
+        places | IntVector{0, number, 2 * number, 3 * number, 0, number, 2 * number, 3 * number,
+                           0, number, 2 * number, 3 * number, 0, number, 2 * number, 3 * number};
+    return reinterpret_cast<IntVector>(
+        _mm512_shuffle_epi8(reinterpret_cast<__m512i>(table), reinterpret_cast<__m512i>(inQuad)));
 }
 
 } // namespace

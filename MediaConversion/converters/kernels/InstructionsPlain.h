@@ -8,6 +8,7 @@ namespace {
 
 using FloatVector = VectorOf<float, 16>;
 using IntVector = VectorOf<std::int32_t, 16>;
+using ByteVector = VectorOf<std::uint8_t, 16>;
 
 /// 16 bytes each from `first`, `first + stride` and so on, as many as the vector takes.
 inline FloatVector loadQuads(std::uint8_t const* first, int) {
@@ -23,6 +24,31 @@ inline FloatVector smaller(FloatVector a, FloatVector b) { return a < b ? a : b;
 
 /// Whether any of the numbers is zero.
 inline bool anyZero(IntVector a) { return a[0] == 0 || a[1] == 0 || a[2] == 0 || a[3] == 0; }
+
+/// Limited to 0..255.
+inline ByteVector limitedSum(ByteVector a, ByteVector b) {
+    ByteVector const most = ~b;
+    return (a < most ? a : most) + b;
+}
+inline ByteVector limitedDifference(ByteVector a, ByteVector b) { return (a > b ? a : b) - b; }
+
+/// In each number: of the four bytes of `table` those that the bytes of `places` (0..3) name.
+inline IntVector bytesAt(IntVector table, IntVector places) {
+    auto const inAllBytes = [&](int byte) {
+        IntVector const low = table >> (8 * byte) & 0xff, two = low | low << 8;
+        return two | two << 16;
+    };
+    auto const isSet = [&](int bit) {
+        using Bytes = VectorOf<std::int8_t, 16>;
+        return reinterpret_cast<IntVector>(reinterpret_cast<Bytes>(places & bit * 0x01010101) > 0);
+    };
+    auto const chosen = [](IntVector condition, IntVector a, IntVector b) {
+        return b ^ (condition & (a ^ b));
+    };
+    IntVector const odd = isSet(1);
+    return chosen(isSet(2), chosen(odd, inAllBytes(3), inAllBytes(2)),
+                  chosen(odd, inAllBytes(1), inAllBytes(0)));
+}
 
 } // namespace
 } // namespace MediaConversion
