@@ -11,7 +11,6 @@
 #include <MediaConversion/converters/kernels/Bytes.h>
 #include <MediaConversion/converters/kernels/Groups.h>
 #include <MediaConversion/converters/kernels/Kernels.h>
-#include <MediaConversion/converters/kernels/Shorts.h>
 #include <MediaConversion/converters/kernels/Unrolled.h>
 
 #include <algorithm>

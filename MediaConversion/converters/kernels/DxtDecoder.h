@@ -4,7 +4,6 @@
 #include <MediaConversion/converters/ColourTransforms.h>
 #include <MediaConversion/converters/DxtBlocks.h>
 #include <MediaConversion/converters/kernels/Bytes.h>
-#include <MediaConversion/converters/kernels/Shorts.h>
 #include <MediaConversion/converters/kernels/Unrolled.h>
 
 #include <array>
@@ -155,7 +154,8 @@ private:
               negative(tableOf(limited(0 - ends), limited(0 - others))) {}
 
         Ints addedTo(Bytes const& luma, Ints const& places) const {
-            return (luma + Bytes(bytesAt(positive, places)) - Bytes(bytesAt(negative, places))).ints();
+            Bytes const increased = limitedSum(luma, Bytes(bytesAt(positive, places)));
+            return limitedDifference(increased, Bytes(bytesAt(negative, places))).ints();
         }
 
     private:

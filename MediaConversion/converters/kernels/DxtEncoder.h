@@ -4,6 +4,7 @@
 
 #include <MediaConversion/converters/ColourTransforms.h>
 #include <MediaConversion/converters/DxtBlocks.h>
+#include <MediaConversion/converters/kernels/Bytes.h>
 #include <MediaConversion/converters/kernels/Unrolled.h>
 
 #include <array>
@@ -49,10 +50,10 @@ YCoCgPixels<Int> toYCoCg(RgbPixels<Int> const& rgb) {
     return pixels;
 }
 
-template <class Int>
-Bounds<Int> boundingBox(Channel<Int> const& channel) {
-    Bounds<Int> bounds{channel[0], channel[0]};
-    for (Int const& value : channel)
+template <class Int, std::size_t count>
+Bounds<Int> boundingBox(std::array<Int, count> const& values) {
+    Bounds<Int> bounds{values[0], values[0]};
+    for (Int const& value : values)
         bounds = {min(bounds.min, value), max(bounds.max, value)};
     return bounds;
 }
@@ -131,22 +132,43 @@ std::array<Int, 7> lumaThresholds(Bounds<Int> const& luma) {
     return thresholds;
 }
 
+/// Values of the pixels i and i + 8 of every block.
+using LumaPairs = std::array<Bytes, blockPixels / 2>;
+
+inline LumaPairs paired(Channel<Shorts> const& luma) {
+    LumaPairs pairs;
+    unrolled<blockPixels / 2>([&](auto i) { pairs[i] = Bytes(luma[i], luma[i + blockPixels / 2]); });
+    return pairs;
+}
+
+inline Bounds<Shorts> boundingBox(LumaPairs const& pairs) {
+    auto const bounds = boundingBox<Bytes, blockPixels / 2>(pairs);
+    Shorts const lowest = bounds.min.shorts(), highest = bounds.max.shorts();
+    return {min(lowerBytes(lowest), upperBytes(lowest)), max(lowerBytes(highest), upperBytes(highest))};
+}
+
 /// The indices of 3 bits as words, pixel 0 lowest. The steps have, from the minimum upwards, the indices 1,
 /// then 7 down to 2, then 0: each threshold that luma is above adds the difference.
-template <class Int>
-std::array<Int, 3> lumaIndices(Channel<Int> const& luma, Bounds<Int> const& bounds) {
-    auto const thresholds = lumaThresholds(bounds);
-    std::array<Int, 3> words{0, 0, 0};
-    unrolled<blockPixels>([&](auto i) {
-        Int index = 1 + ((luma[i] > thresholds[6]) & 6);
-        for (int step = 5; step > 0; --step)
-            index = index + (luma[i] > thresholds[step]);
-        index = index - ((luma[i] > thresholds[0]) & 2);
-
-        constexpr int word = 3 * i / 16, shift = 3 * i % 16;
-        words[word] = words[word] | index << shift;
-        if constexpr (shift > 13)
-            words[word + 1] = index >> (16 - shift);
+inline std::array<Shorts, 3> lumaIndices(LumaPairs const& luma, Bounds<Shorts> const& bounds) {
+    auto const limits = lumaThresholds(bounds);
+    std::array<Bytes, 7> thresholds;
+    unrolled<7>([&](auto i) { thresholds[i] = Bytes(limits[i], limits[i]); });
+    auto const index = [&](Bytes const& value) {
+        Bytes sum = 1 + ((value > thresholds[6]) & 6);
+        unrolled<5>([&](auto step) { sum = sum + (value > thresholds[5 - step]); });
+        return (sum - ((value > thresholds[0]) & 2)).shorts();
+    };
+    std::array<Shorts, 3> words{0, 0, 0};
+    unrolled<4>([&](auto i) {
+        Shorts const sixBits = index(luma[2 * i]) | index(luma[2 * i + 1]) << 3;
+        auto const put = [&](auto bit, Shorts const& bits) {
+            constexpr int word = bit / 16, shift = bit % 16;
+            words[word] = words[word] | bits << shift;
+            if constexpr (shift > 10)
+                words[word + 1] = words[word + 1] | bits >> (16 - shift);
+        };
+        put(std::integral_constant<int, 6 * i>(), lowerBytes(sixBits));
+        put(std::integral_constant<int, 6 * i + 24>(), upperBytes(sixBits));
     });
     return words;
 }
@@ -197,7 +219,8 @@ struct YCoCgDxt5Encoder {
     static std::array<Piece<Int>, pieces> encode(RgbPixels<Int> const& rgb) {
         YCoCgPixels<Int> pixels = toYCoCg(rgb);
         auto const coBounds = boundingBox(pixels.co), cgBounds = boundingBox(pixels.cg);
-        auto const luma = insetRounded<5>(boundingBox(pixels.y));
+        auto const lumas = paired(pixels.y);
+        auto const luma = insetRounded<5>(boundingBox(lumas));
 
         Int const scale = chromaScale(coBounds, cgBounds);
         auto const co = quantisedEndpoints<5>(insetRounded<4>(scaleChroma(pixels.co, coBounds, scale)));
@@ -205,7 +228,7 @@ struct YCoCgDxt5Encoder {
         chooseDiagonal(pixels, co, cg);
 
         Int const scaleCode = (scale - 1) << 3;
-        return {LumaPiece::pack(luma.max, luma.min, lumaIndices(pixels.y, luma)),
+        return {LumaPiece::pack(luma.max, luma.min, lumaIndices(lumas, luma)),
                 ColourPiece::pack(
                     Rgb565::pack(co.first, cg.first, scaleCode),
                     Rgb565::pack(co.second, cg.second, scaleCode),
