@@ -27,6 +27,8 @@ struct Bytes {
 inline Bytes operator+(Bytes a, Bytes b) { return Bytes(a.vector + b.vector); }
 inline Bytes operator-(Bytes a, Bytes b) { return Bytes(a.vector - b.vector); }
 inline Bytes operator&(Bytes a, Bytes b) { return Bytes(a.vector & b.vector); }
+inline Bytes operator|(Bytes a, Bytes b) { return Bytes(a.vector | b.vector); }
+inline Bytes operator^(Bytes a, Bytes b) { return Bytes(a.vector ^ b.vector); }
 inline Bytes min(Bytes a, Bytes b) { return Bytes(a.vector < b.vector ? a.vector : b.vector); }
 inline Bytes max(Bytes a, Bytes b) { return Bytes(a.vector > b.vector ? a.vector : b.vector); }
 /// Not modulo 256 but limited to 0..255.

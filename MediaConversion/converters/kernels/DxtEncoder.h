@@ -19,11 +19,15 @@ struct RgbPixels {
     Channel<Int> red, green, blue;
 };
 
-/// Pixels for a YCoCg-DXT5 block: Co and Cg around 0.
-template <class Int>
+/// A channel in bytes: the values of the pixels i and i + 8 of a block stand side by side.
+using Pairs = std::array<Bytes, blockPixels / 2>;
+
+/// Pixels for a YCoCg-DXT5 block: Co and Cg around 128.
 struct YCoCgPixels {
-    Channel<Int> y, co, cg;
+    Pairs y, co, cg;
 };
+
+inline Bytes inBothBytes(Shorts const& value) { return Bytes(value, value); }
 
 /// The smallest and the largest value of a channel in a block.
 template <class Int>
@@ -38,15 +42,20 @@ struct Endpoints {
     Int first, second;
 };
 
-template <class Int>
-YCoCgPixels<Int> toYCoCg(RgbPixels<Int> const& rgb) {
-    YCoCgPixels<Int> pixels;
-    for (int i = 0; i < blockPixels; ++i) {
-        RgbToYCoCg(rgb.red[i], rgb.green[i], rgb.blue[i], pixels.y[i], pixels.co[i], pixels.cg[i]);
+inline YCoCgPixels toYCoCg(RgbPixels<Shorts> const& rgb) {
+    Channel<Shorts> y, co, cg;
+    for (int i = 0; i < blockPixels; ++i)
+        RgbToYCoCg(rgb.red[i], rgb.green[i], rgb.blue[i], y[i], co[i], cg[i]);
+    YCoCgPixels pixels;
+    unrolled<blockPixels / 2>([&](auto i) {
+        auto const pair = [&](Channel<Shorts> const& channel, int offset) {
+            return Bytes(channel[i] + offset, channel[i + blockPixels / 2] + offset);
+        };
+        pixels.y[i] = pair(y, 0);
         // The transform's -127..128 leaves a byte at the upper end only.
-        pixels.co[i] = min(pixels.co[i], Int(127));
-        pixels.cg[i] = min(pixels.cg[i], Int(127));
-    }
+        pixels.co[i] = limitedSum(pair(co, 127), 1);
+        pixels.cg[i] = limitedSum(pair(cg, 127), 1);
+    });
     return pixels;
 }
 
@@ -58,23 +67,35 @@ Bounds<Int> boundingBox(std::array<Int, count> const& values) {
     return bounds;
 }
 
-/// 1, 2 or 4: what the chroma of a block can be multiplied with and still be bytes around 128. Blocks of
-/// little colour keep more of it through the quantisation.
-template <class Int>
-Int chromaScale(Bounds<Int> const& co, Bounds<Int> const& cg) {
-    Int const extent = max(max(abs(co.min), abs(co.max)), max(abs(cg.min), abs(cg.max)));
-    return 4 - (((extent > 63) & 1) + ((extent > 31) & 2));
+/// Of the pairs' first and second values.
+inline Bounds<Shorts> boundsOf(Pairs const& pairs) {
+    auto const [lowest, highest] = boundingBox(pairs);
+    return {min(lowerBytes(lowest.shorts()), upperBytes(lowest.shorts())),
+            max(lowerBytes(highest.shorts()), upperBytes(highest.shorts()))};
 }
 
 /// What chroma of 0 is as a byte.
 constexpr int neutral = 128;
 
-/// Scales the pixels and gives their bounds as bytes.
-template <class Int>
-Bounds<Int> scaleChroma(Channel<Int>& chroma, Bounds<Int> const& bounds, Int const& scale) {
-    for (Int& value : chroma)
-        value = value * scale;
-    return {bounds.min * scale + neutral, bounds.max * scale + neutral};
+/// 1, 2 or 4: what the chroma of a block can be multiplied with and still be bytes around 128. Blocks of
+/// little colour keep more of it through the quantisation.
+inline Shorts chromaScale(Bounds<Shorts> const& co, Bounds<Shorts> const& cg) {
+    auto const extent = [](Bounds<Shorts> const& bounds) {
+        return max(abs(bounds.min - neutral), abs(bounds.max - neutral));
+    };
+    Shorts const most = max(extent(co), extent(cg));
+    return 4 - (((most > 63) & 1) + ((most > 31) & 2));
+}
+
+/// Scales the pixels and gives their bounds.
+inline Bounds<Shorts> scaleChroma(Pairs& chroma, Bounds<Shorts> const& bounds, Shorts const& scale) {
+    Bytes const isDoubled((scale > 1).ints()), isDoubledAgain((scale > 2).ints());
+    for (Bytes& value : chroma) {
+        Bytes const doubled = (value ^ neutral) + ((value ^ neutral) & isDoubled);
+        value = (doubled + (doubled & isDoubledAgain)) ^ neutral;
+    }
+    auto const scaled = [&](Shorts const& bound) { return (bound - neutral) * scale + neutral; };
+    return {scaled(bounds.min), scaled(bounds.max)};
 }
 
 /// The bounds moved inwards by 1 / 2^shift of their distance, less half a step: outliers cost the rest of the
@@ -105,20 +126,20 @@ Endpoints<Int> quantisedEndpoints(Bounds<Int> const& bounds) {
     return {quantised<bits>(bounds.max), quantised<bits>(bounds.min)};
 }
 
-/// Chooses the diagonal of the box of Co and Cg. Where the one is mostly large while the other is small, it
-/// runs from large Co and small Cg to small Co and large Cg.
-template <class Int>
-void chooseDiagonal(YCoCgPixels<Int> const& pixels, Endpoints<Int> const& co, Endpoints<Int>& cg) {
-    // The largest values below the middles.
-    auto const low = [](Endpoints<Int> const& ends) {
-        return ((ends.first + ends.second - 1) >> 1) - neutral;
+/// Chooses the diagonal of the box of Co and Cg: where the one is mostly large while the other is small, it
+/// runs from large Co and small Cg to small Co and large Cg. Returns where Cg's endpoints were exchanged.
+inline Shorts chooseDiagonal(YCoCgPixels const& pixels, Endpoints<Shorts> const& co, Endpoints<Shorts>& cg) {
+    auto const middle = [](Endpoints<Shorts> const& ends) {
+        return inBothBytes((ends.first + ends.second + 1) >> 1);
     };
-    Int const lowCo = low(co), lowCg = low(cg);
-    Int opposed = 0;
-    unrolled<blockPixels>(
-        [&](auto i) { opposed = opposed - ((pixels.co[i] > lowCo) ^ (pixels.cg[i] > lowCg)); });
-    Int const exchange = (cg.first - cg.second) & (opposed > blockPixels / 2);
+    Bytes const middleCo = middle(co), middleCg = middle(cg);
+    Bytes opposed = 0;
+    unrolled<blockPixels / 2>(
+        [&](auto i) { opposed = opposed - ((middleCo > pixels.co[i]) ^ (middleCg > pixels.cg[i])); });
+    Shorts const isExchanged = lowerBytes(opposed.shorts()) + upperBytes(opposed.shorts()) > blockPixels / 2;
+    Shorts const exchange = (cg.first - cg.second) & isExchanged;
     cg = {cg.first - exchange, cg.second + exchange};
+    return isExchanged;
 }
 
 /// The limits up to which (inclusive) luma belongs below one step of the interpolation: each step plus about
@@ -132,27 +153,12 @@ std::array<Int, 7> lumaThresholds(Bounds<Int> const& luma) {
     return thresholds;
 }
 
-/// Values of the pixels i and i + 8 of every block.
-using LumaPairs = std::array<Bytes, blockPixels / 2>;
-
-inline LumaPairs paired(Channel<Shorts> const& luma) {
-    LumaPairs pairs;
-    unrolled<blockPixels / 2>([&](auto i) { pairs[i] = Bytes(luma[i], luma[i + blockPixels / 2]); });
-    return pairs;
-}
-
-inline Bounds<Shorts> boundingBox(LumaPairs const& pairs) {
-    auto const bounds = boundingBox<Bytes, blockPixels / 2>(pairs);
-    Shorts const lowest = bounds.min.shorts(), highest = bounds.max.shorts();
-    return {min(lowerBytes(lowest), upperBytes(lowest)), max(lowerBytes(highest), upperBytes(highest))};
-}
-
 /// The indices of 3 bits as words, pixel 0 lowest. The steps have, from the minimum upwards, the indices 1,
 /// then 7 down to 2, then 0: each threshold that luma is above adds the difference.
-inline std::array<Shorts, 3> lumaIndices(LumaPairs const& luma, Bounds<Shorts> const& bounds) {
+inline std::array<Shorts, 3> lumaIndices(Pairs const& luma, Bounds<Shorts> const& bounds) {
     auto const limits = lumaThresholds(bounds);
     std::array<Bytes, 7> thresholds;
-    unrolled<7>([&](auto i) { thresholds[i] = Bytes(limits[i], limits[i]); });
+    unrolled<7>([&](auto i) { thresholds[i] = inBothBytes(limits[i]); });
     auto const index = [&](Bytes const& value) {
         Bytes sum = 1 + ((value > thresholds[6]) & 6);
         unrolled<5>([&](auto step) { sum = sum + (value > thresholds[5 - step]); });
@@ -182,12 +188,41 @@ Steps<Int> steps(Endpoints<Int> const& ends) {
     return {ends.first, ends.second, (2 * ends.first + ends.second) / 3, (ends.first + 2 * ends.second) / 3};
 }
 
-template <class Int>
-Steps<Int> chromaSteps(Endpoints<Int> const& ends) {
-    auto values = steps(ends);
-    for (Int& value : values)
-        value = value - neutral;
-    return values;
+/// The indices of the nearest colours of Co and Cg, by the sum of both distances: 2 bits each as words, pixel
+/// 0 lowest.
+///
+/// Limited to the box of the endpoints, a pixel is nearer to all four colours by the same distance. The
+/// distances from the two endpoints then add up to at most twice 255: the smaller one fits a byte, and of the
+/// others none that is nearest, or nearer than another that may be, does not.
+inline std::array<Shorts, 2> chromaIndices(YCoCgPixels const& pixels, Steps<Shorts> const& coSteps,
+                                           Steps<Shorts> const& cgSteps, Shorts const& isExchanged) {
+    // Cg's endpoints that were exchanged are mirrored with all values, so that the first is the larger one.
+    Bytes const mirror(isExchanged.ints());
+    std::array<Bytes, 4> co, cg;
+    unrolled<4>([&](auto k) {
+        co[k] = inBothBytes(coSteps[k]);
+        cg[k] = inBothBytes(cgSteps[k]) ^ mirror;
+    });
+    auto const distance = [](Bytes const& a, Bytes const& b) {
+        return limitedDifference(a, b) | limitedDifference(b, a);
+    };
+    auto const isLarger = [](Bytes const& a, Bytes const& b) { return min(limitedDifference(a, b), 1); };
+    auto const index = [&](auto i) {
+        Bytes const x = max(min(pixels.co[i], co[0]), co[1]);
+        Bytes const y = max(min(pixels.cg[i] ^ mirror, cg[0]), cg[1]);
+        Bytes const first = limitedSum(co[0] - x, cg[0] - y), second = limitedSum(x - co[1], y - cg[1]);
+        Bytes const third = limitedSum(distance(co[2], x), distance(cg[2], y));
+        Bytes const fourth = limitedSum(distance(co[3], x), distance(cg[3], y));
+        Bytes const isBetween = isLarger(min(first, second), min(third, fourth));
+        return isLarger(min(first, third), fourth) + isBetween + isBetween;
+    };
+    std::array<Shorts, 2> fourPixels{0, 0};
+    unrolled<blockPixels / 2>([&](auto i) {
+        constexpr int shift = 2 * i % 8;
+        fourPixels[i / 4] = fourPixels[i / 4] | index(i).shorts() << shift;
+    });
+    return {lowerBytes(fourPixels[0]) | fourPixels[1] << 8,
+            upperBytes(fourPixels[0]) | (fourPixels[1] & ~0xff)};
 }
 
 /// The indices of the nearest colours of the palette, by the sum of the components' distances: 2 bits each as
@@ -215,24 +250,20 @@ std::array<Int, 2> colourIndices(std::array<Channel<Int> const*, components> con
 struct YCoCgDxt5Encoder {
     static constexpr int pieces = 2;
 
-    template <class Int>
-    static std::array<Piece<Int>, pieces> encode(RgbPixels<Int> const& rgb) {
-        YCoCgPixels<Int> pixels = toYCoCg(rgb);
-        auto const coBounds = boundingBox(pixels.co), cgBounds = boundingBox(pixels.cg);
-        auto const lumas = paired(pixels.y);
-        auto const luma = insetRounded<5>(boundingBox(lumas));
+    static std::array<Piece<Shorts>, pieces> encode(RgbPixels<Shorts> const& rgb) {
+        YCoCgPixels pixels = toYCoCg(rgb);
+        auto const coBounds = boundsOf(pixels.co), cgBounds = boundsOf(pixels.cg);
+        auto const luma = insetRounded<5>(boundsOf(pixels.y));
 
-        Int const scale = chromaScale(coBounds, cgBounds);
+        Shorts const scale = chromaScale(coBounds, cgBounds), scaleCode = (scale - 1) << 3;
         auto const co = quantisedEndpoints<5>(insetRounded<4>(scaleChroma(pixels.co, coBounds, scale)));
         auto cg = quantisedEndpoints<6>(insetRounded<4>(scaleChroma(pixels.cg, cgBounds, scale)));
-        chooseDiagonal(pixels, co, cg);
+        Shorts const isExchanged = chooseDiagonal(pixels, co, cg);
 
-        Int const scaleCode = (scale - 1) << 3;
-        return {LumaPiece::pack(luma.max, luma.min, lumaIndices(lumas, luma)),
-                ColourPiece::pack(
-                    Rgb565::pack(co.first, cg.first, scaleCode),
-                    Rgb565::pack(co.second, cg.second, scaleCode),
-                    colourIndices<Int, 2>({&pixels.co, &pixels.cg}, {chromaSteps(co), chromaSteps(cg)}))};
+        return {LumaPiece::pack(luma.max, luma.min, lumaIndices(pixels.y, luma)),
+                ColourPiece::pack(Rgb565::pack(co.first, cg.first, scaleCode),
+                                  Rgb565::pack(co.second, cg.second, scaleCode),
+                                  chromaIndices(pixels, steps(co), steps(cg), isExchanged))};
     }
 };
 
