@@ -29,8 +29,11 @@ inline Bytes operator-(Bytes a, Bytes b) { return Bytes(a.vector - b.vector); }
 inline Bytes operator&(Bytes a, Bytes b) { return Bytes(a.vector & b.vector); }
 inline Bytes operator|(Bytes a, Bytes b) { return Bytes(a.vector | b.vector); }
 inline Bytes operator^(Bytes a, Bytes b) { return Bytes(a.vector ^ b.vector); }
+inline Bytes operator~(Bytes a)          { return Bytes(ByteVector(~a.vector)); }
 inline Bytes min(Bytes a, Bytes b) { return Bytes(a.vector < b.vector ? a.vector : b.vector); }
 inline Bytes max(Bytes a, Bytes b) { return Bytes(a.vector > b.vector ? a.vector : b.vector); }
+/// Rounded up.
+inline Bytes mean(Bytes a, Bytes b) { return Bytes(mean(a.vector, b.vector)); }
 /// Not modulo 256 but limited to 0..255.
 inline Bytes limitedSum(Bytes a, Bytes b)        { return Bytes(limitedSum(a.vector, b.vector)); }
 inline Bytes limitedDifference(Bytes a, Bytes b) { return Bytes(limitedDifference(a.vector, b.vector)); }

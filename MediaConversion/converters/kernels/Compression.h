@@ -34,28 +34,44 @@ struct CompressedGroup {
     }
 
 private:
-    static Dxt::RgbPixels<Shorts> load(std::uint8_t const* pixels, std::size_t stride) {
+    using Pixels = Dxt::RgbPixels<typename BlockEncoder::Values>;
+    /// A row of every block.
+    using Row = std::array<Shorts, 8>;
+
+    static Pixels load(std::uint8_t const* pixels, std::size_t stride) {
         using Order = typename Source::Order;
-        Dxt::RgbPixels<Shorts> rgb;
-        unrolled<Dxt::blockSize>([&](auto y) {
-            auto const samples = loadPairs(pixels + y * stride);
+        Pixels rgb;
+        constexpr int half = Dxt::blockSize / 2;
+        unrolled<half>([&](auto y) {
+            Row const first = loadRow(pixels + y * stride), second = loadRow(pixels + (y + half) * stride);
             unrolled<Dxt::blockSize>([&](auto x) {
-                auto const channel = [&](int number) {
-                    int const byte = x * Source::channels + number;
-                    return byte % 2 == 0 ? lowerBytes(samples[byte / 2]) : upperBytes(samples[byte / 2]);
-                };
-                constexpr int i = y * Dxt::blockSize + x;
-                rgb.red[i] = channel(Order::red);
-                rgb.green[i] = channel(Order::green);
-                rgb.blue[i] = channel(Order::blue);
+                constexpr int i = y * Dxt::blockSize + x, byte = x * Source::channels;
+                setPixels<i, byte + Order::red>(rgb.red, first, second);
+                setPixels<i, byte + Order::green>(rgb.green, first, second);
+                setPixels<i, byte + Order::blue>(rgb.blue, first, second);
             });
         });
         return rgb;
     }
 
+    /// The pixels i and i + 8 from one byte of two rows.
+    template <int i, int byte>
+    static void setPixels(Dxt::Channel<Shorts>& values, Row const& first, Row const& second) {
+        auto const value = [](Shorts const& pair) {
+            return byte % 2 == 0 ? lowerBytes(pair) : upperBytes(pair);
+        };
+        values[i] = value(first[byte / 2]);
+        values[i + Dxt::blockPixels / 2] = value(second[byte / 2]);
+    }
+    template <int i, int byte>
+    static void setPixels(Dxt::Pairs& values, Row const& first, Row const& second) {
+        Shorts const a = first[byte / 2], b = second[byte / 2];
+        values[i] = Bytes((byte % 2 == 0 ? lowerBytes(a) | b << 8 : upperBytes(a) | (b & ~0xff)).ints());
+    }
+
     /// The bytes of each block in a row of pixels, two by two. The lanes stand as transposing makes them;
     /// transposed again, they are in the order of memory.
-    static std::array<Shorts, 8> loadPairs(std::uint8_t const* row) {
+    static Row loadRow(std::uint8_t const* row) {
         std::array<FloatVector, 4> low, high;
         unrolled<4>([&](auto i) {
             auto const quads = [&](int number) {
@@ -66,7 +82,7 @@ private:
         });
         auto const first = transposed(low[0], low[1], low[2], low[3]);
         auto const second = transposed(high[0], high[1], high[2], high[3]);
-        std::array<Shorts, 8> pairs;
+        Row pairs;
         unrolled<4>([&](auto i) {
             pairs[i] = Shorts(Shorts::Vector(first[i]));
             pairs[4 + i] = Shorts(Shorts::Vector(second[i]));

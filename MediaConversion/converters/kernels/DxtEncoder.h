@@ -13,14 +13,14 @@
 namespace MediaConversion::Dxt {
 namespace {
 
-/// The pixels of a block as 8-bit samples.
-template <class Int>
-struct RgbPixels {
-    Channel<Int> red, green, blue;
-};
-
 /// A channel in bytes: the values of the pixels i and i + 8 of a block stand side by side.
 using Pairs = std::array<Bytes, blockPixels / 2>;
+
+/// The pixels of a block as 8-bit samples.
+template <class Values>
+struct RgbPixels {
+    Values red, green, blue;
+};
 
 /// Pixels for a YCoCg-DXT5 block: Co and Cg around 128.
 struct YCoCgPixels {
@@ -42,19 +42,20 @@ struct Endpoints {
     Int first, second;
 };
 
-inline YCoCgPixels toYCoCg(RgbPixels<Shorts> const& rgb) {
-    Channel<Shorts> y, co, cg;
-    for (int i = 0; i < blockPixels; ++i)
-        RgbToYCoCg(rgb.red[i], rgb.green[i], rgb.blue[i], y[i], co[i], cg[i]);
+/// Half the difference of two bytes, rounded up: -127..128, which 128 is added to. That leaves a byte at the
+/// upper end only.
+inline Bytes halfDifference(Bytes const& a, Bytes const& b) { return limitedSum(~mean(b, ~a), 1); }
+
+/// What RgbToYCoCg gives. All of its sums are halved twice, and rounded: so are these, in bytes. The mean of
+/// red and blue is rounded up where it is taken away and down where it is added, which leaves the second
+/// rounding as it would be without the first.
+inline YCoCgPixels toYCoCg(RgbPixels<Pairs> const& rgb) {
     YCoCgPixels pixels;
     unrolled<blockPixels / 2>([&](auto i) {
-        auto const pair = [&](Channel<Shorts> const& channel, int offset) {
-            return Bytes(channel[i] + offset, channel[i + blockPixels / 2] + offset);
-        };
-        pixels.y[i] = pair(y, 0);
-        // The transform's -127..128 leaves a byte at the upper end only.
-        pixels.co[i] = limitedSum(pair(co, 127), 1);
-        pixels.cg[i] = limitedSum(pair(cg, 127), 1);
+        Bytes const red = rgb.red[i], green = rgb.green[i], blue = rgb.blue[i];
+        pixels.y[i] = mean(green, ~mean(~red, ~blue));
+        pixels.co[i] = halfDifference(red, blue);
+        pixels.cg[i] = halfDifference(green, mean(red, blue));
     });
     return pixels;
 }
@@ -249,8 +250,9 @@ std::array<Int, 2> colourIndices(std::array<Channel<Int> const*, components> con
 /// Luma with eight steps of its own; Co and Cg, scaled to use the bits of the endpoints, with four.
 struct YCoCgDxt5Encoder {
     static constexpr int pieces = 2;
+    using Values = Pairs;
 
-    static std::array<Piece<Shorts>, pieces> encode(RgbPixels<Shorts> const& rgb) {
+    static std::array<Piece<Shorts>, pieces> encode(RgbPixels<Values> const& rgb) {
         YCoCgPixels pixels = toYCoCg(rgb);
         auto const coBounds = boundsOf(pixels.co), cgBounds = boundsOf(pixels.cg);
         auto const luma = insetRounded<5>(boundsOf(pixels.y));
@@ -269,16 +271,16 @@ struct YCoCgDxt5Encoder {
 
 struct Dxt1Encoder {
     static constexpr int pieces = 1;
+    using Values = Channel<Shorts>;
 
-    template <class Int>
-    static std::array<Piece<Int>, pieces> encode(RgbPixels<Int> const& rgb) {
+    static std::array<Piece<Shorts>, pieces> encode(RgbPixels<Values> const& rgb) {
         auto const red = quantisedEndpoints<5>(inset(boundingBox(rgb.red)));
         auto const green = quantisedEndpoints<6>(inset(boundingBox(rgb.green)));
         auto const blue = quantisedEndpoints<5>(inset(boundingBox(rgb.blue)));
         return {ColourPiece::pack(Rgb565::pack(red.first, green.first, blue.first),
                                   Rgb565::pack(red.second, green.second, blue.second),
-                                  colourIndices<Int, 3>({&rgb.red, &rgb.green, &rgb.blue},
-                                                        {steps(red), steps(green), steps(blue)}))};
+                                  colourIndices<Shorts, 3>({&rgb.red, &rgb.green, &rgb.blue},
+                                                           {steps(red), steps(green), steps(blue)}))};
     }
 };
 

@@ -37,6 +37,11 @@ inline ByteVector limitedDifference(ByteVector a, ByteVector b) {
         _mm256_subs_epu8(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b)));
 }
 
+inline ByteVector mean(ByteVector a, ByteVector b) {
+    return reinterpret_cast<ByteVector>(
+        _mm256_avg_epu8(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b)));
+}
+
 inline IntVector bytesAt(IntVector table, IntVector places) {
     constexpr int number = 0x04040404;
     IntVector const inQuad =

@@ -41,6 +41,11 @@ inline ByteVector limitedDifference(ByteVector a, ByteVector b) {
         _mm512_subs_epu8(reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b)));
 }
 
+inline ByteVector mean(ByteVector a, ByteVector b) {
+    return reinterpret_cast<ByteVector>(
+        _mm512_avg_epu8(reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b)));
+}
+
 inline IntVector bytesAt(IntVector table, IntVector places) {
     constexpr int number = 0x04040404;
     IntVector const inQuad =

@@ -32,6 +32,12 @@ inline ByteVector limitedSum(ByteVector a, ByteVector b) {
 }
 inline ByteVector limitedDifference(ByteVector a, ByteVector b) { return (a > b ? a : b) - b; }
 
+/// Rounded up.
+inline ByteVector mean(ByteVector a, ByteVector b) {
+    auto const half = reinterpret_cast<IntVector>(a ^ b) >> 1 & 0x7f7f7f7f;
+    return (a | b) - reinterpret_cast<ByteVector>(half);
+}
+
 /// In each number: of the four bytes of `table` those that the bytes of `places` (0..3) name.
 inline IntVector bytesAt(IntVector table, IntVector places) {
     auto const inAllBytes = [&](int byte) {
