@@ -1,7 +1,6 @@
 // The block decoder: what graphics hardware shows of a block, whoever encoded it.
 #pragma once
 
-#include <MediaConversion/converters/ColourTransforms.h>
 #include <MediaConversion/converters/DxtBlocks.h>
 #include <MediaConversion/converters/kernels/Bytes.h>
 #include <MediaConversion/converters/kernels/Unrolled.h>
@@ -115,53 +114,49 @@ struct YCoCgDxt5Decoder {
         // Always four colours: the order of the endpoints says nothing here.
         auto const [co, cg, scale] = endpointColours(colourPiece);
         Chroma const ends(co, cg, scale), others(mixed<2, 1>(co), mixed<2, 1>(cg), mixed<2, 1>(scale));
-        Addends const red(ends.red, others.red), green(ends.green, others.green),
-            blue(ends.blue, others.blue);
+        auto const table = [&](auto const& value) { return tableOf(value(ends), value(others)); };
+        Ints const cos = table([](Chroma const& chroma) { return chroma.co + 128; });
+        Ints const cgs = table([](Chroma const& chroma) { return chroma.cg + 128; });
+        Ints const sums = table([](Chroma const& chroma) { return max(chroma.co + chroma.cg, 0); });
+        Ints const negativeSums =
+            table([](Chroma const& chroma) { return max(min(0 - chroma.co - chroma.cg, 255), 0); });
 
         PixelRows pixels;
         unrolled<blockSize>([&](auto y) {
             Bytes const luma(bytesAt(lumas.low, lumas.high,
                                      indicesInBytes<3>(LumaPiece::indicesFrom(lumaPiece, blockSize * y))));
             Ints const places = indicesInBytes<2>(ColourPiece::indices(colourPiece) >> 8 * y);
-            pixels[y] = {red.addedTo(luma, places), green.addedTo(luma, places), blue.addedTo(luma, places)};
+            Bytes const co(bytesAt(cos, places)), cg(bytesAt(cgs, places));
+            pixels[y] = {
+                shifted(luma, co, cg).ints(), shifted(luma, cg, 128).ints(),
+                shifted(luma, Bytes(bytesAt(negativeSums, places)), Bytes(bytesAt(sums, places))).ints()};
         });
         return pixels;
     }
 
 private:
-    /// What two colours of the palette add to the luma of each channel.
-    struct Chroma : Colours {
-        Chroma(Ends const& co, Ends const& cg, Ends const& scaleCode) {
+    /// With what `a` is above `b` or below it.
+    static Bytes shifted(Bytes const& luma, Bytes const& a, Bytes const& b) {
+        return limitedDifference(limitedSum(luma, limitedDifference(a, b)), limitedDifference(b, a));
+    }
+
+    /// Co and Cg of two colours, around 0: their scale is taken back, rounded towards zero.
+    struct Chroma {
+        Ends co, cg;
+
+        Chroma(Ends const& scaledCo, Ends const& scaledCg, Ends const& scaleCode) {
             Ends const scale = (scaleCode >> 3) + 1;
             // A bit too large, so that whole quotients do not come out below.
             Floats const first = (1 + 1.0 / 65536) / Floats(scale.ints() & 0xffff);
             Floats const second = (1 + 1.0 / 65536) / Floats(scale.ints() >> 16);
-            // Chroma around 0, its scale taken back, rounded towards zero.
             auto const unscaled = [&](Ends const& chroma) {
                 Ints const both = (chroma - 128).ints();
                 return Ends((truncated(Floats(both << 16 >> 16) * first) & 0xffff) |
                             truncated(Floats(both >> 16) * second) << 16);
             };
-            YCoCgToRgb<Ends>(0, unscaled(co), unscaled(cg), red, green, blue);
+            co = unscaled(scaledCo);
+            cg = unscaled(scaledCg);
         }
-    };
-
-    /// What the four colours add to the luma of a channel: in two tables, since bytes have no sign.
-    class Addends {
-    public:
-        Addends(Ends const& ends, Ends const& others)
-            : positive(tableOf(limited(ends), limited(others))),
-              negative(tableOf(limited(0 - ends), limited(0 - others))) {}
-
-        Ints addedTo(Bytes const& luma, Ints const& places) const {
-            Bytes const increased = limitedSum(luma, Bytes(bytesAt(positive, places)));
-            return limitedDifference(increased, Bytes(bytesAt(negative, places))).ints();
-        }
-
-    private:
-        static Ends limited(Ends const& addends) { return max(min(addends, 255), 0); }
-
-        Ints positive, negative;
     };
 };
 
