@@ -159,31 +159,39 @@ void storePixels(std::array<Samples, lanePixels> const& pixels, std::uint8_t* to
     storeLanes(packPixels<Destination>(pixels), to);
 }
 
+/// Pixels of three bytes each: for vectors that cannot shuffle bytes.
+inline void storeTriples(Ints a, Ints b, Ints c, std::uint8_t* to) {
+    constexpr int even = 0x00ff00ff, odd = ~even, low = 0xffff, high = ~low;
+    Ints const a0b0a2b2 = (a & even) | (b & even) << 8;
+    Ints const c0a1c2a3 = (c & even) | (a & odd);
+    Ints const b1c1b3c3 = (b >> 8 & even) | (c & odd);
+    storeLanes<3>({(a0b0a2b2 & low) | c0a1c2a3 << 16, (b1c1b3c3 & low) | (a0b0a2b2 & high),
+                   (c0a1c2a3 >> 16 & low) | (b1c1b3c3 & high)},
+                  to);
+}
+
 /// Pixels that are opaque.
 template <class Destination>
 void storePixels(PixelBytes const& pixels, std::uint8_t* to) {
     using Order = typename Destination::Order;
     constexpr int channels = Destination::channels;
     std::array<Ints, 4> bytes;
-    bytes.fill(channels == 4 ? -1 : 0);
+    bytes.fill(-1);
     bytes[Order::red] = pixels.red;
     bytes[Order::green] = pixels.green;
     bytes[Order::blue] = pixels.blue;
-    // In each quad the four pixels of a lane.
-    std::array<FloatVector, 4> quads;
-    unrolled<2>([&](auto half) {
-        auto const pair = [&](int i) {
-            return Shorts::Vector(interleaved<half>(Bytes(bytes[i]).vector, Bytes(bytes[i + 1]).vector));
-        };
-        quads[2 * half] = FloatVector(interleaved<0>(pair(0), pair(2)));
-        quads[2 * half + 1] = FloatVector(interleaved<1>(pair(0), pair(2)));
-    });
-    if constexpr (channels == 3 && lanes == 4) { // vectors of 16 bytes cannot shuffle bytes
-        auto const columns = transposed(quads[0], quads[1], quads[2], quads[3]);
-        auto const pixel = [&](int i) { return Floats(columns[i]).bits(); };
-        storeLanes<3>(
-            {pixel(0) | pixel(1) << 24, pixel(1) >> 8 | pixel(2) << 16, pixel(2) >> 16 | pixel(3) << 8}, to);
+    if constexpr (channels == 3 && lanes == 4) {
+        storeTriples(bytes[0], bytes[1], bytes[2], to);
     } else {
+        // In each quad the four pixels of a lane.
+        std::array<FloatVector, 4> quads;
+        unrolled<2>([&](auto half) {
+            auto const pair = [&](int i) {
+                return Shorts::Vector(interleaved<half>(Bytes(bytes[i]).vector, Bytes(bytes[i + 1]).vector));
+            };
+            quads[2 * half] = FloatVector(interleaved<0>(pair(0), pair(2)));
+            quads[2 * half + 1] = FloatVector(interleaved<1>(pair(0), pair(2)));
+        });
         if constexpr (channels == 3)
             for (auto& quad : quads)
                 quad = FloatVector(
