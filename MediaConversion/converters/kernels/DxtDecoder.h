@@ -112,8 +112,11 @@ struct YCoCgDxt5Decoder {
         std::array<Ints, 2> const lumaPiece{words[0], words[1]}, colourPiece{words[2], words[3]};
         LumaTables const lumas(lumaPiece);
         // Always four colours: the order of the endpoints says nothing here.
-        auto const [co, cg, scale] = endpointColours(colourPiece);
-        Chroma const ends(co, cg, scale), others(mixed<2, 1>(co), mixed<2, 1>(cg), mixed<2, 1>(scale));
+        auto const colours = endpointColours(colourPiece);
+        Chroma const ends(colours),
+            others({mixed<2, 1>(colours.red), mixed<2, 1>(colours.green), mixed<2, 1>(colours.blue)});
+        // Red is y + co - cg, green y + cg and blue y - (co + cg). Bytes have no sign: what is added to luma
+        // is the difference of two.
         auto const table = [&](auto const& value) { return tableOf(value(ends), value(others)); };
         Ints const cos = table([](Chroma const& chroma) { return chroma.co + 128; });
         Ints const cgs = table([](Chroma const& chroma) { return chroma.cg + 128; });
@@ -135,7 +138,7 @@ struct YCoCgDxt5Decoder {
     }
 
 private:
-    /// With what `a` is above `b` or below it.
+    /// luma + a - b, limited.
     static Bytes shifted(Bytes const& luma, Bytes const& a, Bytes const& b) {
         return limitedDifference(limitedSum(luma, limitedDifference(a, b)), limitedDifference(b, a));
     }
@@ -144,8 +147,8 @@ private:
     struct Chroma {
         Ends co, cg;
 
-        Chroma(Ends const& scaledCo, Ends const& scaledCg, Ends const& scaleCode) {
-            Ends const scale = (scaleCode >> 3) + 1;
+        explicit Chroma(Colours const& colours) {
+            Ends const scale = (colours.blue >> 3) + 1;
             // A bit too large, so that whole quotients do not come out below.
             Floats const first = (1 + 1.0 / 65536) / Floats(scale.ints() & 0xffff);
             Floats const second = (1 + 1.0 / 65536) / Floats(scale.ints() >> 16);
@@ -154,8 +157,8 @@ private:
                 return Ends((truncated(Floats(both << 16 >> 16) * first) & 0xffff) |
                             truncated(Floats(both >> 16) * second) << 16);
             };
-            co = unscaled(scaledCo);
-            cg = unscaled(scaledCg);
+            co = unscaled(colours.red);
+            cg = unscaled(colours.green);
         }
     };
 };

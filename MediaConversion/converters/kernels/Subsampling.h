@@ -12,7 +12,10 @@
 //     the codes' two roundings     1      1      1
 //     at most                      3.64   3.76   3.64
 //
-// On samples of 0..2 all of them are twice that.
+// On samples of 0..2 all of them are twice that. Integers, which are taken as they are, and their sums are
+// exact; the rounding of the factor that makes their codes costs at most 1 instead. Units are then those of
+// their full scale, which is a power of two or one less: roundings are as large as above, or larger by at
+// most 1/255.
 #pragma once
 
 #include <MediaConversion/converters/ColourTransforms.h>

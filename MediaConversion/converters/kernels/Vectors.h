@@ -115,7 +115,6 @@ Floats::Floats(Doubles const& a) {
 inline Doubles operator+(Doubles a, Doubles b) { return {a.low + b.low, a.high + b.high}; }
 inline Doubles operator-(Doubles a, Doubles b) { return {a.low - b.low, a.high - b.high}; }
 inline Doubles operator*(Doubles a, Doubles b) { return {a.low * b.low, a.high * b.high}; }
-inline Doubles operator/(Doubles a, Doubles b) { return {a.low / b.low, a.high / b.high}; }
 // clang-format on
 
 /// Without the fraction; none may be NaN.

@@ -1,3 +1,4 @@
+#include <MediaConversion/converters/ColourTransforms.h>
 #include <MediaConversion/converters/ImageRGBtoYCoCgDXT5.h>
 #include <MediaConversion/converters/ImageYCoCgDXT5toRGB.h>
 
@@ -49,6 +50,21 @@ TEST(Dxt, AgreesWithThePlainFormula) {
 TEST(Dxt, ServesItsPairsAndRefusesAllOthers) {
     expectServesExactly<ImageRGBtoYCoCgDXT5>(encoderPairs, "DXT conversion is not supported from ");
     expectServesExactly<ImageYCoCgDXT5toRGB>(decoderPairs, "RGB conversion is not supported from ");
+}
+
+// The block encoder and decoder do the same in bytes.
+TEST(YCoCg, IsRoundedHalfUp) {
+    constexpr int cases[][6] = {{255, 0, 0, 64, 128, -64},  {0, 255, 0, 128, 0, 128},
+                                {0, 0, 255, 64, -127, -64}, {0, 0, 1, 0, 0, 0},
+                                {0, 0, 3, 1, -1, -1},       {9, 9, 9, 9, 0, 0}};
+    for (auto const& [r, g, b, y, co, cg] : cases) {
+        int results[3];
+        RgbToYCoCg(r, g, b, results[0], results[1], results[2]);
+        EXPECT_THAT(results, testing::ElementsAre(y, co, cg));
+    }
+    int red, green, blue;
+    YCoCgToRgb(100, 10, -5, red, green, blue);
+    EXPECT_EQ(std::tie(red, green, blue), std::tuple(115, 95, 95));
 }
 
 /// A block of two colours: `where` has the first one's pixels as ones, pixel 0 lowest.
