@@ -2,7 +2,6 @@
 // compressed at the rate of playback. All values fit 16 bits.
 #pragma once
 
-#include <MediaConversion/converters/ColourTransforms.h>
 #include <MediaConversion/converters/DxtBlocks.h>
 #include <MediaConversion/converters/kernels/Bytes.h>
 #include <MediaConversion/converters/kernels/Unrolled.h>
@@ -42,13 +41,13 @@ struct Endpoints {
     Int first, second;
 };
 
-/// Half the difference of two bytes, rounded up: -127..128, which 128 is added to. That leaves a byte at the
-/// upper end only.
+/// 128 more than half the difference, rounded up: the mean of `b` and 255 - `a` is 128 + (b - a) / 2, rounded
+/// down. Half of 255 leaves a byte.
 inline Bytes halfDifference(Bytes const& a, Bytes const& b) { return limitedSum(~mean(b, ~a), 1); }
 
-/// What RgbToYCoCg gives. All of its sums are halved twice, and rounded: so are these, in bytes. The mean of
-/// red and blue is rounded up where it is taken away and down where it is added, which leaves the second
-/// rounding as it would be without the first.
+/// What RgbToYCoCg gives, with 128 added to Co and Cg, in bytes. Its quarters are halves of halves: the mean
+/// of red and blue is rounded up where it is taken away and down where it is added, after which the second
+/// rounding gives what one of the quarter would.
 inline YCoCgPixels toYCoCg(RgbPixels<Pairs> const& rgb) {
     YCoCgPixels pixels;
     unrolled<blockPixels / 2>([&](auto i) {
@@ -192,9 +191,9 @@ Steps<Int> steps(Endpoints<Int> const& ends) {
 /// The indices of the nearest colours of Co and Cg, by the sum of both distances: 2 bits each as words, pixel
 /// 0 lowest.
 ///
-/// Limited to the box of the endpoints, a pixel is nearer to all four colours by the same distance. The
-/// distances from the two endpoints then add up to at most twice 255: the smaller one fits a byte, and of the
-/// others none that is nearest, or nearer than another that may be, does not.
+/// Limited to the box of the endpoints, a pixel is nearer to all four colours by the same distance. Sums are
+/// limited to 255, which changes no index: those of the two endpoints add up to at most twice 255, so that
+/// the smaller one is as it should be, and so is the fourth colour's wherever it is smaller than the first's.
 inline std::array<Shorts, 2> chromaIndices(YCoCgPixels const& pixels, Steps<Shorts> const& coSteps,
                                            Steps<Shorts> const& cgSteps, Shorts const& isExchanged) {
     // Cg's endpoints that were exchanged are mirrored with all values, so that the first is the larger one.
