@@ -23,6 +23,8 @@ inline FloatVector loadQuads(std::uint8_t const* first, int stride) {
 inline FloatVector larger(FloatVector a, FloatVector b) { return _mm256_max_ps(a, b); }
 inline FloatVector smaller(FloatVector a, FloatVector b) { return _mm256_min_ps(a, b); }
 
+inline IntVector truncated(FloatVector a) { return reinterpret_cast<IntVector>(_mm256_cvttps_epi32(a)); }
+
 inline bool anyZero(IntVector a) {
     return _mm256_movemask_epi8(_mm256_cmpeq_epi32(reinterpret_cast<__m256i>(a), _mm256_setzero_si256())) !=
            0;

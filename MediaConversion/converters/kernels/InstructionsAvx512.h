@@ -27,6 +27,10 @@ inline FloatVector loadQuads(std::uint8_t const* first, int stride) {
 inline FloatVector larger(FloatVector a, FloatVector b) { return _mm512_maskz_max_ps(0xffff, a, b); }
 inline FloatVector smaller(FloatVector a, FloatVector b) { return _mm512_maskz_min_ps(0xffff, a, b); }
 
+inline IntVector truncated(FloatVector a) {
+    return reinterpret_cast<IntVector>(_mm512_maskz_cvttps_epi32(0xffff, a));
+}
+
 inline bool anyZero(IntVector a) {
     auto const bits = reinterpret_cast<__m512i>(a);
     return _mm512_testn_epi32_mask(bits, bits) != 0;

@@ -22,6 +22,11 @@ inline FloatVector loadQuads(std::uint8_t const* first, int) {
 inline FloatVector larger(FloatVector a, FloatVector b) { return a > b ? a : b; }
 inline FloatVector smaller(FloatVector a, FloatVector b) { return a < b ? a : b; }
 
+/// Without the fractions; NaN becomes 0 or the least integer.
+inline IntVector truncated(FloatVector a) {
+    return __builtin_convertvector(a == a ? a : FloatVector{}, IntVector);
+}
+
 /// Whether any of the numbers is zero.
 inline bool anyZero(IntVector a) { return a[0] == 0 || a[1] == 0 || a[2] == 0 || a[3] == 0; }
 

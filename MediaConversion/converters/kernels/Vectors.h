@@ -80,8 +80,8 @@ inline Floats limited(Floats a, Floats top) {
     return Floats(smaller(top.vector, larger(FloatVector{}, a.vector)));
 }
 
-/// Without the fraction.
-inline Ints truncated(Floats a) { return Ints(__builtin_convertvector(a.vector, IntVector)); }
+/// Without the fraction; NaN becomes 0 or the least integer.
+inline Ints truncated(Floats a) { return Ints(truncated(a.vector)); }
 
 /// In two vectors, since doubles are twice as wide.
 struct Doubles {
