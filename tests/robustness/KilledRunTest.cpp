@@ -92,6 +92,22 @@ TEST_P(KilledRunTest, LeavesWholeFilesAndCanGoOn) {
     }
 }
 
+TEST_P(KilledRunTest, LeavesTheEntriesOfFilesItDidNotReplace) {
+    ASSERT_EQ(run(writing("twice")).exitCode, 0);
+    const auto listed = fs::file_size(folder / "twice.manifest");
+    Process process(writing("twice"), folder.path());
+    const auto deadline = Clock::now() + std::chrono::minutes(1);
+    while (fs::file_size(folder / "twice.manifest") == listed && Clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    process.send(GetParam());
+    process.wait();
+    const ProcessResult check = run({ZET_PROGRAM, "check", "twice/%d.zet", "--manifest", "twice.manifest"});
+    if (GetParam() == SIGINT || check.exitCode == 0)
+        EXPECT_THAT(check.output, StartsWith("PASS"));
+    else // frames in hand
+        EXPECT_THAT(check.output, ContainsRegex(": [123] frames? with faults, 300 expected\n$"));
+}
+
 INSTANTIATE_TEST_SUITE_P(, KilledRunTest, Values(SIGKILL, SIGINT),
                          [](const auto& which) { return which.param == SIGKILL ? "Killed" : "Interrupted"; });
 

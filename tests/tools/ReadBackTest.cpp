@@ -91,6 +91,7 @@ TEST_F(ReadBackTest, AFileThatIsNotWhatWasConvertedNeverAppears) {
     ASSERT_EQ(write(call).exitCode, 0);
     EXPECT_NE(checksum("f.zet"), "");
     fs::remove(folder / "f.zet");
+    fs::remove(folder / "m");
 
     call.push_back("--verify");
     const ProcessResult result = write(call);

@@ -6,9 +6,9 @@
 
 namespace ZetTool {
 
-/// While it lives, the first SIGINT and the first SIGTERM only set a flag and say so on standard error -
-/// another one ends the process, should it hang - and neither a closed pipe nor a limit on file sizes ends
-/// the process: writing then fails like any other. One at a time.
+/// While it lives, the first SIGINT and the first SIGTERM only set a flag, which whichever comes first says
+/// on standard error. A second one of its kind ends the process, should it hang. Neither a closed pipe nor a
+/// limit on file sizes ends the process: writing then fails like any other. One at a time.
 class Interruption {
 public:
     Interruption();

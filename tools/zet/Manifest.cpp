@@ -4,6 +4,7 @@
 #include <pictures/OutputFile.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstring>
 #include <fstream>
@@ -14,6 +15,7 @@ namespace ZetTool {
 namespace {
 
 constexpr std::string_view mark = "# zet manifest 1";
+constexpr std::string_view withdrawn = "- ";
 constexpr std::size_t checksumDigits = 32;
 
 struct Entry {
@@ -40,7 +42,8 @@ std::optional<Entry> parseEntry(const std::string& line) {
 const char* const Manifest::description =
     "A manifest is text. Its first line begins with \"# zet manifest 1\"; each other line has the XXH128\n"
     "checksum of a whole file in 32 hexadecimal digits, its length in bytes and its name without folder,\n"
-    "with one blank between them. Further lines that begin with # mean nothing.";
+    "with one blank between them. A line of a dash, a blank and a name takes back what the lines above it\n"
+    "say of that file: it was about to be replaced. Further lines that begin with # mean nothing.";
 
 Manifest Manifest::load(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
@@ -61,6 +64,10 @@ Manifest Manifest::load(const std::filesystem::path& file) {
             line.pop_back();
         if (line.empty() || line.front() == '#')
             continue;
+        if (line.compare(0, withdrawn.size(), withdrawn) == 0) {
+            manifest.sums.erase(line.substr(withdrawn.size()));
+            continue;
+        }
         const auto entry = parseEntry(line);
         if (!entry)
             throw std::runtime_error(
@@ -93,6 +100,8 @@ std::string Manifest::faultOf(const std::filesystem::path& file) const {
 std::string Manifest::line(const std::string& name, const FileSum& sum) {
     return fmt::format("{} {} {}\n", sum.checksum, sum.bytes, name);
 }
+
+std::string Manifest::withdrawal(const std::string& name) { return fmt::format("{}{}\n", withdrawn, name); }
 
 void Manifest::save(const std::filesystem::path& file) const {
     std::string text = fmt::format("{}: XXH128 of the whole file, bytes, name\n", mark);

@@ -10,8 +10,9 @@
 namespace ZetTool {
 
 /// File names without folders, so that the list stays true when the files move. As text: a head line, then a
-/// line for each file with checksum, bytes and name, one blank between them; other lines that begin with #,
-/// and empty ones, mean nothing. Nor does a last line that does not end.
+/// line for each file with checksum, bytes and name, one blank between them; a line with a dash, a blank and
+/// a name takes back what the lines above say of that file; other lines that begin with #, and empty ones,
+/// mean nothing. Nor does a last line that does not end.
 class Manifest {
 public:
     /// What a help text tells of the format.
@@ -31,8 +32,9 @@ public:
 
     /// Writes it under a temporary name and renames that. Throws std::runtime_error that names the file.
     void save(const std::filesystem::path& file) const;
-    /// The line of a file.
+    /// The line of a file, and the one that takes it back.
     static std::string line(const std::string& name, const FileSum& sum);
+    static std::string withdrawal(const std::string& name);
 };
 
 } // namespace ZetTool

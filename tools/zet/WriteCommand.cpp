@@ -31,6 +31,7 @@ struct Options {
     std::string plugin;
     std::string manifest;
     std::string memory; ///< empty: the default
+    unsigned jobs = 1;  ///< frames at once
     bool resume = false;
     bool dryRun = false;
     bool quiet = false;
@@ -104,11 +105,11 @@ void limitJobs(Options& options, const WritePlan& plan) {
     const std::uint64_t budget = options.memory.empty() ? defaultMemoryBudget() : parseMemory(options.memory);
     if (plan.frames.empty())
         return;
-    const unsigned fitting = framesAtOnce(plan, budget, options.run.jobs, options.run.verify);
-    if (fitting < options.run.jobs && fitting < plan.frames.size() && !options.quiet)
+    const unsigned fitting = framesAtOnce(plan, budget, options.jobs, options.run.verify);
+    if (fitting < options.jobs && fitting < plan.frames.size() && !options.quiet)
         std::cout << fmt::format("note: {} at once, which is what {} of memory has room for\n",
                                  frameCount(fitting), byteText(budget));
-    options.run.jobs = fitting;
+    options.jobs = fitting;
 }
 
 ExitCode run(Options options, const std::string& commandLine) {
@@ -125,7 +126,7 @@ ExitCode run(Options options, const std::string& commandLine) {
             std::cout << fmt::format("comparing the files of {} with {}\n", frameCount(plan.frames.size()),
                                      options.manifest)
                       << std::flush;
-        leaveOutWhole(plan, earlier ? &*earlier : nullptr, options.run.jobs);
+        leaveOutWhole(plan, earlier ? &*earlier : nullptr, options.jobs);
     }
     limitJobs(options, plan);
 
@@ -139,14 +140,15 @@ ExitCode run(Options options, const std::string& commandLine) {
         return failing == 0 ? ExitCode::Done : ExitCode::FramesFailed;
     }
 
+    auto nodes = makeNodes(plan, options.jobs); // all that can refuse the run comes before the manifest
     std::optional<WriteManifest> manifest;
     if (earlier)
-        options.run.manifest = &manifest.emplace(options.manifest, std::move(*earlier), plan);
+        options.run.manifest = &manifest.emplace(options.manifest, std::move(*earlier), plan.target.path());
 
     const Interruption interruption;
     Progress progress(Progress::styleForOutput(options.quiet), std::cout, std::cerr,
                       plan.frames.size() + plan.whole.size(), plan.whole.size());
-    const RunResult result = runWrite(plan, options.run, progress, Interruption::requested());
+    const RunResult result = runWrite(plan, nodes, options.run, progress, Interruption::requested());
     const ProgressCount count = progress.finish();
     if (!options.quiet)
         printSummary(plan, result, count, options.run.verify);
@@ -157,7 +159,7 @@ ExitCode run(Options options, const std::string& commandLine) {
 
 void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode& exitCode) {
     const auto options = std::make_shared<Options>();
-    options->run.jobs = std::max(1u, std::thread::hardware_concurrency());
+    options->jobs = std::max(1u, std::thread::hardware_concurrency());
 
     CLI::App* command =
         program.add_subcommand("write", "Write pictures, or the line-up chart, as media files");
@@ -190,7 +192,7 @@ void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode
             "none leaves all as they are, srgb and rec709 take all from linear")
         ->type_name("auto|none|srgb|rec709")
         ->capture_default_str();
-    command->add_option("-j,--jobs", options->run.jobs, "Frames to write at once")
+    command->add_option("-j,--jobs", options->jobs, "Frames to write at once")
         ->type_name("N")
         ->check(CLI::Range(1, 256).description(""))
         ->capture_default_str();

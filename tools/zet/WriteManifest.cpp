@@ -1,7 +1,10 @@
 #include "WriteManifest.h"
 
+#include "EndOfRun.h"
+
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <cstring>
 #include <stdexcept>
 #include <utility>
@@ -14,11 +17,10 @@ namespace fs = std::filesystem;
 
 namespace ZetTool {
 
-WriteManifest::WriteManifest(fs::path path, Manifest earlier, const WritePlan& plan) : file(std::move(path)) {
-    if (plan.target.path().filename().string().find_first_of("\r\n") != std::string::npos)
+WriteManifest::WriteManifest(fs::path path, Manifest known, const fs::path& output)
+    : file(std::move(path)), earlier(std::move(known)) {
+    if (output.filename().string().find_first_of("\r\n") != std::string::npos)
         throw std::runtime_error("a file name with a line break cannot stand in a manifest");
-    for (const int frame : plan.frames)
-        earlier.sums.erase(plan.target.frame(frame).filename().string());
     earlier.save(file);
     entries = ::open(file.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
     if (entries < 0)
@@ -28,17 +30,32 @@ WriteManifest::WriteManifest(fs::path path, Manifest earlier, const WritePlan& p
 
 WriteManifest::~WriteManifest() { ::close(entries); }
 
-void WriteManifest::add(const fs::path& written, const FileSum& sum) {
+void WriteManifest::replace(const fs::path& media, const FileSum& sum, const std::function<void()>& commit) {
+    const std::string name = media.filename().string();
+    const auto before = earlier.sums.find(name);
+    const bool listed = before != earlier.sums.end();
+    append(media, "was not put in its place", listed ? Manifest::withdrawal(name) : "");
+    try {
+        commit();
+    } catch (...) {
+        append(media, "was not put in its place", listed ? Manifest::line(name, before->second) : "");
+        throw;
+    }
+    append(media, "was written", Manifest::line(name, sum));
+}
+
+void WriteManifest::append(const fs::path& media, const char* outcome, const std::string& line) {
     const std::lock_guard lock(mutex);
     const auto refuse = [&](const char* reason) {
-        throw std::runtime_error(
-            fmt::format("{}: was written, but manifest \"{}\" {}", written.string(), file.string(), reason));
+        throw EndOfRun(
+            fmt::format("{}: {}: manifest \"{}\" {}", media.string(), outcome, file.string(), reason));
     };
     struct stat ours, named;
-    if (::fstat(entries, &ours) == 0 && (::stat(file.c_str(), &named) != 0 || named.st_ino != ours.st_ino))
+    if (entries < 0)
+        refuse("takes no more entries");
+    if (::fstat(entries, &ours) != 0 || ::stat(file.c_str(), &named) != 0 || named.st_ino != ours.st_ino)
         refuse("is another run's now");
     // In one piece, and nothing ever follows half a line.
-    const std::string line = Manifest::line(written.filename().string(), sum);
     if (::write(entries, line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
         ::close(std::exchange(entries, -1));
         refuse("takes no more entries");

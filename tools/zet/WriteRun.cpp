@@ -1,11 +1,11 @@
 #include "WriteRun.h"
 
+#include "EndOfRun.h"
 #include "FileTime.h"
 #include "PictureFile.h"
 #include "ReadBack.h"
 
 #include <fmt/format.h>
-#include <host/EmbeddedHost.h>
 #include <opencv2/core/utility.hpp>
 #include <pictures/OutputFile.h>
 
@@ -34,7 +34,7 @@ public:
 
     /// Takes frame after frame; one thread and one node each.
     void work(WriteNode& node) {
-        while (!stop && !diskIsFull && !(settings.failFast && anyFailed)) {
+        while (!stop && !ended && !(settings.failFast && anyFailed)) {
             const std::size_t next = taken++;
             if (next >= plan.frames.size())
                 return;
@@ -53,6 +53,8 @@ private:
             result.written.push_back(frame);
         } catch (const std::exception& error) {
             anyFailed = true;
+            if (dynamic_cast<const EndOfRun*>(&error))
+                ended = true;
             progress.failed(fmt::format("zet: frame {}: {}", frame, error.what()));
             const std::lock_guard lock(mutex);
             result.failed.push_back(frame);
@@ -64,24 +66,26 @@ private:
         const auto pictureTime = timeChanged(pictureFile);
         Picture picture = plan.source->read(frame);
         const MediaFileShape& shape = plan.shapeFor(frame, picture.header());
-        OutputFile file(plan.target.frame(frame));
+        const std::filesystem::path target = plan.target.frame(frame);
+        OutputFile file(target);
         const EmbeddedHost::RenderSettings how{chooseTransfer(settings.transfer, picture.header()),
                                                picture.header().premultiplied};
         const auto rendered = node.render(picture, file.temporary(), how);
         if (!rendered.succeeded()) {
-            const bool full = file.diskIsFull(shape.bytes());
-            if (full)
-                diskIsFull = true;
-            throw std::runtime_error(fmt::format("{}: {}{}", plan.target.frame(frame).string(),
-                                                 fmt::join(rendered.criticalErrors, "; "),
-                                                 full ? "; the disk is full" : ""));
+            const std::string reason =
+                fmt::format("{}: {}", target.string(), fmt::join(rendered.criticalErrors, "; "));
+            if (file.diskIsFull(shape.bytes()))
+                throw EndOfRun(reason + "; the disk is full");
+            throw std::runtime_error(reason);
         }
         const FileSum sum = readBack(frame, file.temporary(), picture, how);
         if (timeChanged(pictureFile) != pictureTime) // the file would pass for newer than what came meanwhile
             throw std::runtime_error(fmt::format("{} changed while it was converted", pictureFile.string()));
-        file.commit(shape.bytes());
+        const auto commit = [&] { file.commit(shape.bytes()); };
         if (settings.manifest)
-            settings.manifest->add(plan.target.frame(frame), sum);
+            settings.manifest->replace(target, sum, commit);
+        else
+            commit();
         return shape.bytes();
     }
 
@@ -104,27 +108,29 @@ private:
     const std::atomic<bool>& stop;
     std::atomic<std::size_t> taken{0};
     std::atomic<bool> anyFailed{false};
-    std::atomic<bool> diskIsFull{false}; ///< so that no other frame has a chance
+    std::atomic<bool> ended{false}; ///< no other frame has a chance
     std::mutex mutex;
 };
 
 } // namespace
 
-RunResult runWrite(const WritePlan& plan, const RunSettings& settings, Progress& progress,
-                   const std::atomic<bool>& stop) {
-    const auto jobs = std::clamp<std::size_t>(settings.jobs, 1, std::max<std::size_t>(plan.frames.size(), 1));
-    shareThreads(static_cast<unsigned>(jobs));
-    removeAbandonedFiles(plan.target.path().parent_path());
+std::vector<WriteNode> makeNodes(const WritePlan& plan, unsigned jobs) {
     std::vector<WriteNode> nodes;
-    for (std::size_t job = 0; job < jobs; ++job) {
+    do {
         nodes.emplace_back(plan.fileType);
         nodes.back().setMenu("Output format", plan.format->label);
-    }
+    } while (nodes.size() < std::min<std::size_t>(jobs, plan.frames.size()));
+    return nodes;
+}
 
+RunResult runWrite(const WritePlan& plan, std::vector<WriteNode>& nodes, const RunSettings& settings,
+                   Progress& progress, const std::atomic<bool>& stop) {
+    shareThreads(static_cast<unsigned>(nodes.size()));
+    removeAbandonedFiles(plan.target.path().parent_path());
     Run run(plan, settings, progress, stop);
     std::vector<std::thread> threads;
     try {
-        for (std::size_t job = 1; job < jobs; ++job)
+        for (std::size_t job = 1; job < nodes.size(); ++job)
             threads.emplace_back([&run, &node = nodes[job]] { run.work(node); });
     } catch (const std::system_error&) {
         // The system gives no more threads: those that there are do the work.

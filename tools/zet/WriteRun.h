@@ -5,6 +5,7 @@
 #include "WriteManifest.h"
 #include "WritePlan.h"
 
+#include <host/EmbeddedHost.h>
 #include <pictures/Transfer.h>
 
 #include <atomic>
@@ -13,7 +14,6 @@
 namespace ZetTool {
 
 struct RunSettings {
-    unsigned jobs = 1; ///< frames at once
     TransferChoice transfer = TransferChoice::Auto;
     bool failFast = false;             ///< begin no further frame once one has failed
     bool verify = false;               ///< compare each file with its picture before it gets its name
@@ -26,10 +26,13 @@ struct RunResult {
     std::vector<int> failed;
 };
 
-/// Writes the plan's frames with the loaded plug-in until all are done, the disk is full or `stop` is set;
-/// frames in hand are finished. Failures are reported as they come. Throws std::runtime_error when no plug-in
-/// can write the format.
-RunResult runWrite(const WritePlan& plan, const RunSettings& settings, Progress& progress,
-                   const std::atomic<bool>& stop);
+/// A node of the loaded plug-in for each of the frames that are to be in hand at once, up to `jobs`. Throws
+/// std::runtime_error when it cannot write the plan's format.
+std::vector<EmbeddedHost::WriteNode> makeNodes(const WritePlan& plan, unsigned jobs);
+
+/// Writes the plan's frames, one at a time with each node, until all are done, one has met the end of the run
+/// or `stop` is set; frames in hand are finished. Failures are reported as they come.
+RunResult runWrite(const WritePlan& plan, std::vector<EmbeddedHost::WriteNode>& nodes,
+                   const RunSettings& settings, Progress& progress, const std::atomic<bool>& stop);
 
 } // namespace ZetTool
