@@ -155,6 +155,23 @@ TEST_F(WriteCommandTest, ABadFrameIsNamedAndTheOthersAreWritten) {
                 AllOf(Not(HasSubstr("frame 1")), HasSubstr("frame 3: "), HasSubstr("frame 4: ")));
 }
 
+TEST_F(WriteCommandTest, APictureIsRefusedBeforeItTakesMemory) {
+    makePictures("s.{}.png", {1});
+    makePictures("s.{}.png", {2}, 200000);
+    auto spec = pictureSpec(1500, 1000, {"Y"}, OIIO::TypeHalf); // of which 6x4 pixels are to be seen
+    spec.full_width = 6;
+    spec.full_height = 4;
+    writePictureFile(folder / "s.3.exr", spec, [](int, int, int) { return 0.5f; });
+    const std::vector<std::string> call{"s.1.png", "s.2.png", "s.3.exr", "-o", "out/%d.zet",
+                                        "-f",      "rgb8",    "--jobs",  "1"};
+    EXPECT_THAT(write(call, {"--memory", "161MB"}).errors,
+                AllOf(HasSubstr("frame 2: s.2.png is 200000x4, but the sequence is 6x4\n"),
+                      HasSubstr("frame 3: s.3.exr needs 4MB of memory on its way, and each of the frames at "
+                                "once has 1.0 MB (--memory, --jobs)\n")));
+    EXPECT_THAT(written(), ElementsAre("1.zet"));
+    EXPECT_THAT(write(call, {"--memory", "170MB"}).errors, HasSubstr("1 of 3 frames failed: 2\n"));
+}
+
 TEST_F(WriteCommandTest, WhatCannotBeginSaysWhyAndWritesNothing) {
     makePictures("s.{}.png", {1, 2}, 5);
     std::ofstream(folder / "file");

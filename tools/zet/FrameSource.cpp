@@ -1,7 +1,5 @@
 #include "FrameSource.h"
 
-#include "PictureFile.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -17,7 +15,9 @@ namespace {
 class PictureFiles : public FrameSource {
 public:
     PictureHeader header(int frame) const override { return readPictureHeader(file(frame)); }
-    Picture read(int frame) const override { return readPicture(file(frame)); }
+    Picture read(int frame, const HeaderCheck& check) const override {
+        return readPicture(file(frame), check);
+    }
     std::string name(int frame) const override { return file(frame).string(); }
 };
 
@@ -65,7 +65,9 @@ public:
     std::string name(int) const override { return "chart"; }
     fs::path file(int) const override { return {}; }
     PictureHeader header(int) const override { return chart.header(); }
-    Picture read(int frame) const override { return chart.draw(frame); }
+    Picture read(int frame, const HeaderCheck&) const override {
+        return chart.draw(frame); // whose header is the same for all
+    }
 
 private:
     Chart chart;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Chart.h"
+#include "PictureFile.h"
 #include "SequencePattern.h"
 
 #include <pictures/Picture.h>
@@ -26,7 +27,7 @@ public:
     virtual std::filesystem::path file(int frame) const = 0;
     /// Both throw std::runtime_error that names the picture when it is missing or cannot be read.
     virtual PictureHeader header(int frame) const = 0;
-    virtual Picture read(int frame) const = 0;
+    virtual Picture read(int frame, const HeaderCheck& check = {}) const = 0;
 };
 
 /// Either one sequence or a list of files. In a list, the frames have the numbers at the end of the files'

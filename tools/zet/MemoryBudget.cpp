@@ -31,13 +31,19 @@ constexpr std::uint64_t writersFrame = 32; // four floats, and as many that the 
 constexpr std::uint64_t between = 4;       // between two steps of a conversion
 constexpr std::uint64_t verifying = 20;    // the floats and the step once more
 
-std::uint64_t frameBytes(const WritePlan& plan, bool verify) {
+std::uint64_t frameBytes(const WritePlan& plan, const PictureHeader& header, bool verify) {
     const std::uint64_t pixels =
         std::uint64_t(plan.shape->size().width) * std::uint64_t(plan.shape->size().height);
     const std::uint64_t stages = writersFrame + between + (verify ? verifying : 0);
     const std::uint64_t results = verify ? 3 : 1; // what is written, what is expected, what is read back
     // A file may hold more than is seen: pixels around the picture, channels between its own.
-    return std::max(pixels * picture, plan.picture->bytes) + pixels * stages + results * plan.shape->bytes();
+    return std::max(pixels * picture, header.bytes) + pixels * stages + results * plan.shape->bytes();
+}
+
+/// Rounded up, as --memory takes it.
+std::string megabytes(std::uint64_t bytes) {
+    constexpr std::uint64_t step = 1'000'000;
+    return fmt::format("{}MB", (bytes + step - 1) / step);
 }
 
 /// The limit of a control group and of those around it.
@@ -76,7 +82,8 @@ std::uint64_t groupLimit() {
 const char memoryEstimate[] =
     "--memory: a frame is taken to need 52 bytes for each pixel (72 with --verify), more where the\n"
     "picture's file holds more than is seen, and its file once (three times), the program itself 160 MB.\n"
-    "As many frames are in hand at once as fit, up to --jobs.";
+    "As many frames are in hand at once as fit, up to --jobs. A picture that needs more than its frame's\n"
+    "share of the memory fails.";
 
 std::uint64_t defaultMemoryBudget() {
     const std::uint64_t machine =
@@ -98,18 +105,28 @@ std::uint64_t parseMemory(const std::string& text) {
         fmt::format("cannot read --memory \"{}\": expected a size such as 2GB or 1500MB", text));
 }
 
-unsigned framesAtOnce(const WritePlan& plan, std::uint64_t budget, unsigned jobs, bool verify) {
+MemoryShare shareMemory(const WritePlan& plan, std::uint64_t budget, unsigned jobs, bool verify) {
+    const auto most = static_cast<unsigned>(std::clamp<std::size_t>(plan.frames.size(), 1, jobs));
     if (!plan.shape)
-        return jobs; // no frame can be read
-    const std::uint64_t each = frameBytes(plan, verify);
-    if (budget < programBytes + each) {
-        constexpr std::uint64_t step = 1'000'000;
+        return {most, 0}; // no frame can be read
+    const std::uint64_t each = frameBytes(plan, *plan.picture, verify);
+    if (budget < programBytes + each)
         throw std::runtime_error(
-            fmt::format("{} of memory is too little (--memory): a frame of {} as \"{}\"{} needs {}MB",
+            fmt::format("{} of memory is too little (--memory): a frame of {} as \"{}\"{} needs {}",
                         byteText(budget), plan.shape->size().text(), plan.format->label,
-                        verify ? " with --verify" : "", (programBytes + each + step - 1) / step));
-    }
-    return static_cast<unsigned>(std::min<std::uint64_t>(jobs, (budget - programBytes) / each));
+                        verify ? " with --verify" : "", megabytes(programBytes + each)));
+    const std::uint64_t shared = budget - programBytes;
+    const auto frames = static_cast<unsigned>(std::min<std::uint64_t>(most, shared / each));
+    return {frames, shared / frames};
+}
+
+void checkMemory(const WritePlan& plan, int frame, const PictureHeader& header, std::uint64_t bytes,
+                 bool verify) {
+    const std::uint64_t needed = frameBytes(plan, header, verify);
+    if (needed > bytes)
+        throw std::runtime_error(fmt::format(
+            "{} needs {} of memory on its way, and each of the frames at once has {} (--memory, --jobs)",
+            plan.source->name(frame), megabytes(needed), byteText(bytes)));
 }
 
 } // namespace ZetTool

@@ -15,9 +15,20 @@ std::uint64_t defaultMemoryBudget();
 /// read.
 std::uint64_t parseMemory(const std::string& text);
 
-/// The frames of the plan, up to `jobs`, that `budget` bytes have room for at once. Throws
-/// std::runtime_error that tells how much is needed when there is not room for one.
-unsigned framesAtOnce(const WritePlan& plan, std::uint64_t budget, unsigned jobs, bool verify);
+/// A budget that is divided among the frames that are in memory at once.
+struct MemoryShare {
+    unsigned frames;
+    std::uint64_t bytesEach;
+};
+
+/// For as many of the plan's frames, up to `jobs`, as `budget` bytes have room for. Throws std::runtime_error
+/// that tells how much is needed when there is not room for one.
+MemoryShare shareMemory(const WritePlan& plan, std::uint64_t budget, unsigned jobs, bool verify);
+
+/// Throws std::runtime_error that names the frame's picture, with both numbers, when a frame from a picture
+/// with this header needs more than `bytes`.
+void checkMemory(const WritePlan& plan, int frame, const PictureHeader& header, std::uint64_t bytes,
+                 bool verify);
 
 /// How the memory of a frame is counted, for users to read.
 extern const char memoryEstimate[];

@@ -50,9 +50,12 @@ PictureHeader readPictureHeader(const std::filesystem::path& file) {
     return describe(openPicture(file)->spec());
 }
 
-Picture readPicture(const std::filesystem::path& file) {
+Picture readPicture(const std::filesystem::path& file, const HeaderCheck& check) {
     const Input input = openPicture(file);
     const OIIO::ImageSpec& spec = input->spec();
+    const PictureHeader header = describe(spec);
+    if (check)
+        check(header);
     Picture::ChannelPlaces places = findChannels(spec);
     const auto [begin, end] = channelRun(places);
     for (int& place : places)
@@ -72,7 +75,7 @@ Picture readPicture(const std::filesystem::path& file) {
     // Some readers fill up what a cut-off file lacks, and say so only here.
     if (!complete || input->has_error())
         refuse(file, input->geterror());
-    return Picture(describe(spec), std::move(block), places);
+    return Picture(header, std::move(block), places);
 }
 
 void setPictureThreads(int threads) {

@@ -51,12 +51,12 @@ void noteHoles(const WritePlan& plan, const WriteRequest& request) {
     there.insert(there.end(), plan.whole.begin(), plan.whole.end());
     std::sort(there.begin(), there.end());
     const auto hole =
-        std::adjacent_find(there.begin(), there.end(), [](int one, int next) { return next > one + 1; });
+        std::adjacent_find(there.begin(), there.end(), [](int one, int next) { return next - 1L > one; });
     if (hole == there.end())
         return;
-    const std::size_t missing = static_cast<std::size_t>(there.back() - there.front()) + 1 - there.size();
-    std::cout << fmt::format("note: {} between {} and {} have no pictures, first {}\n", frameCount(missing),
-                             there.front(), there.back(), *hole + 1);
+    const auto span = static_cast<std::size_t>(static_cast<long>(there.back()) - there.front() + 1);
+    std::cout << fmt::format("note: {} between {} and {} have no pictures, first {}\n",
+                             frameCount(span - there.size()), there.front(), there.back(), *hole + 1);
 }
 
 void printSummary(const WritePlan& plan, const RunResult& result, const ProgressCount& count, bool verified) {
@@ -105,11 +105,12 @@ void limitJobs(Options& options, const WritePlan& plan) {
     const std::uint64_t budget = options.memory.empty() ? defaultMemoryBudget() : parseMemory(options.memory);
     if (plan.frames.empty())
         return;
-    const unsigned fitting = framesAtOnce(plan, budget, options.jobs, options.run.verify);
-    if (fitting < options.jobs && fitting < plan.frames.size() && !options.quiet)
+    const MemoryShare share = shareMemory(plan, budget, options.jobs, options.run.verify);
+    if (share.frames < options.jobs && share.frames < plan.frames.size() && !options.quiet)
         std::cout << fmt::format("note: {} at once, which is what {} of memory has room for\n",
-                                 frameCount(fitting), byteText(budget));
-    options.jobs = fitting;
+                                 frameCount(share.frames), byteText(budget));
+    options.jobs = share.frames;
+    options.run.frameBytes = share.bytesEach;
 }
 
 ExitCode run(Options options, const std::string& commandLine) {

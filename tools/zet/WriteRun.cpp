@@ -2,6 +2,7 @@
 
 #include "EndOfRun.h"
 #include "FileTime.h"
+#include "MemoryBudget.h"
 #include "PictureFile.h"
 #include "ReadBack.h"
 
@@ -64,8 +65,11 @@ private:
     std::uint64_t write(WriteNode& node, int frame) {
         const std::filesystem::path pictureFile = plan.source->file(frame);
         const auto pictureTime = timeChanged(pictureFile);
-        Picture picture = plan.source->read(frame);
-        const MediaFileShape& shape = plan.shapeFor(frame, picture.header());
+        Picture picture = plan.source->read(frame, [&](const PictureHeader& header) {
+            plan.shapeFor(frame, header);
+            checkMemory(plan, frame, header, settings.frameBytes, settings.verify);
+        });
+        const MediaFileShape& shape = *plan.shape;
         const std::filesystem::path target = plan.target.frame(frame);
         OutputFile file(target);
         const EmbeddedHost::RenderSettings how{chooseTransfer(settings.transfer, picture.header()),

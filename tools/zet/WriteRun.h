@@ -16,6 +16,7 @@ namespace ZetTool {
 struct RunSettings {
     TransferChoice transfer = TransferChoice::Auto;
     bool failFast = false;             ///< begin no further frame once one has failed
+    std::uint64_t frameBytes = 0;      ///< of memory for each frame in hand
     bool verify = false;               ///< compare each file with its picture before it gets its name
     WriteManifest* manifest = nullptr; ///< to list the files in, if anywhere
 };
