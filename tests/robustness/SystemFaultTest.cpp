@@ -76,8 +76,8 @@ protected:
                 "--frames",  frames,  "-j",      "1",
                 "-f",        "rgb8",  "-o",      output};
     }
-    ProcessResult write(const std::string& output) const {
-        return Process(writing("1-3", output), folder.path()).wait();
+    ProcessResult write(const std::string& output, const std::string& frames = "1-3") const {
+        return Process(writing(frames, output), folder.path()).wait();
     }
     /// All that is in the folder, hidden files included.
     std::set<std::string> namesIn(const char* name) const {
@@ -119,10 +119,11 @@ TEST_F(SystemFaultTest, AFullDiskIsNoticed) {
     const SmallDisk disk(folder / "disk", 0, "size=32k"); // room for two files and four bytes
     if (!disk)
         GTEST_SKIP() << "only root may mount a small disk";
-    const ProcessResult result = write("disk/%d.zet");
+    const ProcessResult result = write("disk/%d.zet", "1-9");
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.errors, AllOf(HasSubstr("frame 3: disk/3.zet: Failed to write file; the disk is full"),
-                                     HasSubstr("1 of 3 frames failed: 3\n")));
+                                     HasSubstr("1 of 9 frames failed: 3\n"),
+                                     HasSubstr("stopped with 6 of 9 frames not begun")));
     EXPECT_THAT(namesIn("disk"), ElementsAre("1.zet", "2.zet"));
     for (const char* name : {"disk/1.zet", "disk/2.zet"})
         EXPECT_EQ(fs::file_size(folder / name), fileBytes);
@@ -135,6 +136,17 @@ TEST_F(SystemFaultTest, AFullDiskIsNoticed) {
     }
     EXPECT_THAT(namesIn("disk"), ElementsAre("1.zet", "2.zet"));
     expectRefused(folder / "disk/3.zet", "Failed to write file");
+}
+
+TEST_F(SystemFaultTest, OutputThatCannotBePrintedIsNoSuccess) {
+    ASSERT_EQ(write("out/%d.zet").exitCode, 0);
+    for (const std::string command : {"info out/1.zet", "check out/%d.zet --json", "formats", "--version"}) {
+        const ProcessResult result =
+            Process({"sh", "-c", "exec \"$0\" " + command + " > /dev/full", ZET_PROGRAM}, folder.path())
+                .wait();
+        EXPECT_EQ(result.exitCode, 2) << command;
+        EXPECT_EQ(result.errors, "zet: standard output cannot be written\n") << command;
+    }
 }
 
 TEST_F(SystemFaultTest, AReadOnlyDiskIsNoticed) {

@@ -267,7 +267,7 @@ TEST_F(WriteCommandTest, FilesThatStayKeepTheirEntries) {
     EXPECT_THAT(checked(), StartsWith("frame 3: not in the manifest\n"));
 }
 
-TEST_F(WriteCommandTest, AFullDiskIsTheFramesError) {
+TEST_F(WriteCommandTest, ALimitOnTheSizeOfFilesIsTheFramesError) {
     const auto call = command({"--chart", "400x300", "--frames", "1-3", "-o", "out/%d.zet", "-f", "rgb8"});
     std::string line = "ulimit -f 200; exec"; // no file above 100 kB
     for (const std::string& argument : call)
@@ -319,6 +319,10 @@ TEST_F(WriteCommandTest, SaysAsMuchAsIsAskedFor) {
         write({"--chart", "1920x1080", "-o", "out/%02d.zet", "--jobs=2", "--memory=270MB", "--dry-run"})
             .output,
         HasSubstr("note: 1 frame at once"));
+
+    makePictures("h.{}.png", {-2000000000, 2000000000});
+    EXPECT_THAT(write({"h.%d.png", "-o", "out/%02d.zet", "-f", "rgb8"}).output,
+                HasSubstr("note: 3999999999 frames between -2000000000 and 2000000000 have no pictures"));
 
     EXPECT_EQ(write(call, {"--quiet"}).output, "");
     EXPECT_THAT(write({"--help"}).output, AllOf(HasSubstr("Exit status"), HasSubstr("422-10")));

@@ -67,5 +67,9 @@ int main(int argc, char** argv) {
         std::cerr << "zet: " << error.what() << '\n';
         exitCode = ExitCode::CouldNotStart;
     }
+    if (!std::cout.flush() && exitCode != ExitCode::Interrupted) { // whoever read along may be gone by then
+        std::cerr << "zet: standard output cannot be written\n";
+        exitCode = ExitCode::CouldNotStart;
+    }
     return static_cast<int>(exitCode);
 }
