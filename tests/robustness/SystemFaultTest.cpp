@@ -130,9 +130,12 @@ TEST_F(SystemFaultTest, AFullDiskIsNoticed) {
     // Whoever writes the pictures may be careless.
     for (const std::string type : {"png", "tif", "exr", "jpg", "tga", "bmp", "sgi"}) {
         const ProcessResult read =
-            Process({ZET_PROGRAM, "read", "disk/1.zet", "-o", "disk/p." + type, "-q"}, folder.path()).wait();
+            Process({ZET_PROGRAM, "read", "disk/%d.zet", "-o", "disk/%d." + type, "-q", "-j", "1"},
+                    folder.path())
+                .wait();
         EXPECT_EQ(read.exitCode, 1) << type;
-        EXPECT_THAT(read.errors, HasSubstr("disk/p." + type + ": cannot be written: "));
+        EXPECT_THAT(read.errors, AllOf(HasSubstr("disk/1." + type + ": cannot be written: "),
+                                       HasSubstr("stopped with 1 of 2 frames not begun\n")));
     }
     EXPECT_THAT(namesIn("disk"), ElementsAre("1.zet", "2.zet"));
     expectRefused(folder / "disk/3.zet", "Failed to write file");

@@ -5,26 +5,31 @@
 #include <atomic>
 #include <system_error>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 namespace ZetTool {
 
-/// Calls `work` with every number below `count`, from up to `jobs` threads at once. `work` must not throw.
+/// Calls `work` with every number below `count`, from up to `jobs` threads at once, and with the number of
+/// the thread, below `jobs`, if it takes that too. `work` must not throw.
 template <class Work>
 void forEachIndex(std::size_t count, unsigned jobs, const Work& work) {
     std::atomic<std::size_t> taken{0};
-    const auto takeAll = [&] {
+    const auto takeAll = [&]([[maybe_unused]] unsigned job) {
         for (std::size_t index; (index = taken++) < count;)
-            work(index);
+            if constexpr (std::is_invocable_v<Work, std::size_t, unsigned>)
+                work(index, job);
+            else
+                work(index);
     };
     std::vector<std::thread> threads;
     try {
-        for (std::size_t job = 1; job < std::min<std::size_t>(jobs, count); ++job)
-            threads.emplace_back(takeAll);
+        for (unsigned job = 1; job < std::min<std::size_t>(jobs, count); ++job)
+            threads.emplace_back(takeAll, job);
     } catch (const std::system_error&) {
         // The system gives no more threads: those that there are do the work.
     }
-    takeAll();
+    takeAll(0);
     for (std::thread& thread : threads)
         thread.join();
 }

@@ -1,5 +1,7 @@
 #include "PictureOutput.h"
 
+#include "FrameRun.h"
+
 #include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
 #include <fmt/format.h>
@@ -82,6 +84,13 @@ void writeBytes(const fs::path& path, const std::vector<unsigned char>& bytes) {
         throw std::runtime_error(errno ? std::strerror(errno) : "the file takes no more bytes");
 }
 
+/// The bytes that are there, none if that cannot be told: then the commit tells why.
+std::uint64_t lengthOf(const OutputFile& file) {
+    std::error_code error;
+    const std::uint64_t bytes = fs::file_size(file.temporary(), error);
+    return error ? 0 : bytes;
+}
+
 /// Of most types OpenImageIO makes the file in memory: on a full disk some of its writers lose bytes without
 /// a word, and one ends the process.
 void writePixels(const std::string& fileType, const OIIO::ImageSpec& spec, const cv::Mat& pixels,
@@ -100,7 +109,7 @@ void writePixels(const std::string& fileType, const OIIO::ImageSpec& spec, const
     }
     if (!memory.buffer().empty())
         writeBytes(file.temporary(), memory.buffer());
-    else if (file.diskIsFull(fs::file_size(file.temporary()) + 1)) // not a byte is left, and none was counted
+    else if (file.diskIsFull(lengthOf(file) + 1)) // not a byte is left, and none was counted
         throw std::runtime_error("the disk is full");
 }
 
@@ -145,10 +154,12 @@ std::uint64_t PictureFileType::write(const OutputPicture& picture, const fs::pat
     try {
         writePixels(name, spec, pixels, file);
     } catch (const std::exception& error) {
-        throw std::runtime_error(fmt::format("{}: cannot be written: {}", path.string(), error.what()));
+        const std::string reason = fmt::format("{}: cannot be written: {}", path.string(), error.what());
+        if (file.diskIsFull(lengthOf(file) + 1))
+            throw EndOfRun(reason);
+        throw std::runtime_error(reason);
     }
-    std::error_code error; // then the commit tells it
-    const std::uint64_t bytes = fs::file_size(file.temporary(), error);
+    const std::uint64_t bytes = lengthOf(file);
     file.commit(bytes);
     return bytes;
 }

@@ -34,7 +34,7 @@ public:
 
     /// Writes the file under a temporary name and renames that; returns its length. Samples are written as
     /// they are, but linear types get linear ones with their colour multiplied by alpha. Throws
-    /// std::runtime_error that names the file.
+    /// std::runtime_error that names the file, EndOfRun when the disk is full.
     std::uint64_t write(const OutputPicture& picture, const std::filesystem::path& file) const;
 
 private:

@@ -1,17 +1,14 @@
 #include "ReadCommand.h"
 
 #include "DecodedFrame.h"
-#include "FrameRange.h"
+#include "FrameRun.h"
 #include "Interruption.h"
 #include "MediaFiles.h"
 #include "MediaFrames.h"
-#include "Parallel.h"
 #include "PictureOutput.h"
-#include "Progress.h"
 #include "SequencePattern.h"
 
 #include <fmt/format.h>
-#include <opencv2/core/utility.hpp>
 #include <opencv2/imgproc.hpp>
 #include <pictures/FormatChoice.h>
 #include <pictures/OutputFile.h>
@@ -19,7 +16,6 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -42,11 +38,6 @@ struct Plan {
     std::vector<MediaFrame> frames;
     SequencePattern target;
     PictureFileType type;
-};
-
-struct Result {
-    std::vector<int> written;
-    std::vector<int> failed;
 };
 
 Plan planRead(const Options& options) {
@@ -91,38 +82,14 @@ std::uint64_t readFrame(const Plan& plan, const MediaFrame& media, const Options
     return plan.type.write(picture, plan.target.frame(media.frame));
 }
 
-Result readFrames(const Plan& plan, const Options& options, Progress& progress) {
-    Result result;
-    std::mutex mutex;
+FrameResult readFrames(const Plan& plan, const Options& options, Progress& progress) {
     removeAbandonedFiles(plan.target.path().parent_path());
-    cv::setNumThreads(static_cast<int>(std::max(1u, std::thread::hardware_concurrency() / options.jobs)));
-    forEachIndex(plan.frames.size(), options.jobs, [&](std::size_t i) {
-        if (Interruption::requested())
-            return;
-        const int frame = plan.frames[i].frame;
-        try {
-            progress.written(readFrame(plan, plan.frames[i], options));
-            const std::lock_guard lock(mutex);
-            result.written.push_back(frame);
-        } catch (const std::exception& error) {
-            progress.failed(fmt::format("zet: frame {}: {}", frame, error.what()));
-            const std::lock_guard lock(mutex);
-            result.failed.push_back(frame);
-        }
+    std::vector<int> frames;
+    for (const MediaFrame& media : plan.frames)
+        frames.push_back(media.frame);
+    return runFrames(frames, options.jobs, false, progress, [&](std::size_t place, unsigned) {
+        return readFrame(plan, plan.frames[place], options);
     });
-    std::sort(result.written.begin(), result.written.end());
-    std::sort(result.failed.begin(), result.failed.end());
-    return result;
-}
-
-void printSummary(const Plan& plan, const Result& result, const ProgressCount& count) {
-    if (result.written.empty())
-        return;
-    const auto file = [&](int frame) { return plan.target.frame(frame).string(); };
-    std::cout << fmt::format("wrote {}{} ({}, {}) in {:.1f} s: {}\n", file(result.written.front()),
-                             result.written.size() == 1 ? "" : " to " + file(result.written.back()),
-                             frameCount(result.written.size()), byteText(count.bytes), count.seconds,
-                             rates(count));
 }
 
 ExitCode run(const Options& options) {
@@ -132,21 +99,11 @@ ExitCode run(const Options& options) {
 
     const Interruption interruption;
     Progress progress(Progress::styleForOutput(options.quiet), std::cout, std::cerr, plan.frames.size());
-    const Result result = readFrames(plan, options, progress);
+    const FrameResult result = readFrames(plan, options, progress);
     const ProgressCount count = progress.finish();
     if (!options.quiet)
-        printSummary(plan, result, count);
-
-    const std::size_t begun = result.written.size() + result.failed.size();
-    if (!result.failed.empty())
-        std::cerr << fmt::format("zet: {} of {} failed: {}\n", result.failed.size(),
-                                 frameCount(plan.frames.size()), formatFrameRange(result.failed));
-    if (begun < plan.frames.size()) {
-        std::cerr << fmt::format("zet: interrupted with {} of {} not begun\n", plan.frames.size() - begun,
-                                 frameCount(plan.frames.size()));
-        return ExitCode::Interrupted;
-    }
-    return result.failed.empty() ? ExitCode::Done : ExitCode::FramesFailed;
+        printWritten("wrote", plan.target, result, "", count);
+    return judge(result, plan.frames.size());
 }
 
 } // namespace

@@ -1,10 +1,9 @@
 #include "WriteCommand.h"
 
-#include "FrameRange.h"
+#include "FrameRun.h"
 #include "Interruption.h"
 #include "MemoryBudget.h"
 #include "PluginPlace.h"
-#include "Progress.h"
 #include "WriteManifest.h"
 #include "WritePlan.h"
 #include "WriteRun.h"
@@ -59,18 +58,13 @@ void noteHoles(const WritePlan& plan, const WriteRequest& request) {
                              frameCount(span - there.size()), there.front(), there.back(), *hole + 1);
 }
 
-void printSummary(const WritePlan& plan, const RunResult& result, const ProgressCount& count, bool verified) {
+void printSummary(const WritePlan& plan, const FrameResult& result, const ProgressCount& count,
+                  bool verified) {
     if (!plan.whole.empty())
         std::cout << fmt::format("whole already: {}\n", frameCount(plan.whole.size()));
-    if (result.written.empty())
-        return;
-    const auto file = [&](int frame) { return plan.target.frame(frame).string(); };
-    const bool one = result.written.size() == 1;
-    std::cout << fmt::format("wrote {}{}{} ({} of {} \"{}\", {}) in {:.1f} s: {}\n",
-                             verified ? "and verified " : "", file(result.written.front()),
-                             one ? "" : " to " + file(result.written.back()),
-                             frameCount(result.written.size()), plan.shape->size().text(), plan.format->label,
-                             byteText(count.bytes), count.seconds, rates(count));
+    const std::string look =
+        plan.shape ? fmt::format(" of {} \"{}\"", plan.shape->size().text(), plan.format->label) : "";
+    printWritten(verified ? "wrote and verified" : "wrote", plan.target, result, look, count);
 }
 
 /// The command line of a run that goes on where this one ended. The option comes first: behind a "--" it
@@ -78,20 +72,6 @@ void printSummary(const WritePlan& plan, const RunResult& result, const Progress
 std::string resuming(std::string commandLine) {
     constexpr std::string_view name = " write ";
     return commandLine.insert(commandLine.find(name) + name.size(), "--resume ");
-}
-
-ExitCode judge(const WritePlan& plan, const RunResult& result, const std::string& resumeCommand) {
-    const std::size_t done = result.written.size() + result.failed.size();
-    if (!result.failed.empty())
-        std::cerr << fmt::format("zet: {} of {} failed: {}\n", result.failed.size(),
-                                 frameCount(plan.frames.size()), formatFrameRange(result.failed));
-    if (done < plan.frames.size())
-        std::cerr << fmt::format("zet: {} with {} of {} not begun; to go on:\n  {}\n",
-                                 Interruption::requested() ? "interrupted" : "stopped",
-                                 plan.frames.size() - done, frameCount(plan.frames.size()), resumeCommand);
-    if (Interruption::requested() && done < plan.frames.size())
-        return ExitCode::Interrupted;
-    return result.failed.empty() ? ExitCode::Done : ExitCode::FramesFailed;
 }
 
 /// That of an earlier run, empty when this is the first; nothing when none is kept.
@@ -149,11 +129,11 @@ ExitCode run(Options options, const std::string& commandLine) {
     const Interruption interruption;
     Progress progress(Progress::styleForOutput(options.quiet), std::cout, std::cerr,
                       plan.frames.size() + plan.whole.size(), plan.whole.size());
-    const RunResult result = runWrite(plan, nodes, options.run, progress, Interruption::requested());
+    const FrameResult result = runWrite(plan, nodes, options.run, progress);
     const ProgressCount count = progress.finish();
     if (!options.quiet)
         printSummary(plan, result, count, options.run.verify);
-    return judge(plan, result, options.resume ? commandLine : resuming(commandLine));
+    return judge(result, plan.frames.size(), options.resume ? commandLine : resuming(commandLine));
 }
 
 } // namespace

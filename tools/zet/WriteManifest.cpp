@@ -1,6 +1,6 @@
 #include "WriteManifest.h"
 
-#include "EndOfRun.h"
+#include "FrameRun.h"
 
 #include <fmt/format.h>
 

@@ -1,120 +1,68 @@
 #include "WriteRun.h"
 
-#include "EndOfRun.h"
 #include "FileTime.h"
 #include "MemoryBudget.h"
-#include "PictureFile.h"
 #include "ReadBack.h"
 
 #include <fmt/format.h>
-#include <opencv2/core/utility.hpp>
 #include <pictures/OutputFile.h>
 
 #include <algorithm>
-#include <mutex>
 #include <stdexcept>
-#include <system_error>
-#include <thread>
 
 namespace ZetTool {
 namespace {
 
+using EmbeddedHost::RenderSettings;
 using EmbeddedHost::WriteNode;
 
-/// Several frames at once leave each one its share of the machine, so that they do not fight over it.
-void shareThreads(unsigned jobs) {
-    const unsigned each = std::max(1u, std::thread::hardware_concurrency() / jobs);
-    setPictureThreads(static_cast<int>(each));
-    cv::setNumThreads(static_cast<int>(each));
+void render(WriteNode& node, Picture& picture, const OutputFile& file, const RenderSettings& how,
+            const std::filesystem::path& target, std::uint64_t bytes) {
+    const auto rendered = node.render(picture, file.temporary(), how);
+    if (rendered.succeeded())
+        return;
+    const std::string reason =
+        fmt::format("{}: {}", target.string(), fmt::join(rendered.criticalErrors, "; "));
+    if (file.diskIsFull(bytes))
+        throw EndOfRun(reason + "; the disk is full");
+    throw std::runtime_error(reason);
 }
 
-class Run {
-public:
-    Run(const WritePlan& toDo, const RunSettings& how, Progress& reportTo, const std::atomic<bool>& stopWhen)
-        : plan(toDo), settings(how), progress(reportTo), stop(stopWhen) {}
-
-    /// Takes frame after frame; one thread and one node each.
-    void work(WriteNode& node) {
-        while (!stop && !ended && !(settings.failFast && anyFailed)) {
-            const std::size_t next = taken++;
-            if (next >= plan.frames.size())
-                return;
-            attempt(node, plan.frames[next]);
-        }
+/// While the file is still in the system's memory. The sum is empty when nobody asked for it.
+FileSum readBack(const WritePlan& plan, const RunSettings& settings, Picture& picture, const OutputFile& file,
+                 const RenderSettings& how, const std::filesystem::path& target) {
+    try {
+        return settings.verify     ? verifyFile(file.temporary(), picture, how, *plan.format)
+               : settings.manifest ? sumFile(file.temporary())
+                                   : FileSum{};
+    } catch (const std::exception& error) {
+        throw std::runtime_error(
+            fmt::format("{}: read back, it is not what was written: {}", target.string(), error.what()));
     }
+}
 
-    RunResult result;
-
-private:
-    void attempt(WriteNode& node, int frame) {
-        try {
-            const std::uint64_t bytes = write(node, frame);
-            progress.written(bytes);
-            const std::lock_guard lock(mutex);
-            result.written.push_back(frame);
-        } catch (const std::exception& error) {
-            anyFailed = true;
-            if (dynamic_cast<const EndOfRun*>(&error))
-                ended = true;
-            progress.failed(fmt::format("zet: frame {}: {}", frame, error.what()));
-            const std::lock_guard lock(mutex);
-            result.failed.push_back(frame);
-        }
-    }
-
-    std::uint64_t write(WriteNode& node, int frame) {
-        const std::filesystem::path pictureFile = plan.source->file(frame);
-        const auto pictureTime = timeChanged(pictureFile);
-        Picture picture = plan.source->read(frame, [&](const PictureHeader& header) {
-            plan.shapeFor(frame, header);
-            checkMemory(plan, frame, header, settings.frameBytes, settings.verify);
-        });
-        const MediaFileShape& shape = *plan.shape;
-        const std::filesystem::path target = plan.target.frame(frame);
-        OutputFile file(target);
-        const EmbeddedHost::RenderSettings how{chooseTransfer(settings.transfer, picture.header()),
-                                               picture.header().premultiplied};
-        const auto rendered = node.render(picture, file.temporary(), how);
-        if (!rendered.succeeded()) {
-            const std::string reason =
-                fmt::format("{}: {}", target.string(), fmt::join(rendered.criticalErrors, "; "));
-            if (file.diskIsFull(shape.bytes()))
-                throw EndOfRun(reason + "; the disk is full");
-            throw std::runtime_error(reason);
-        }
-        const FileSum sum = readBack(frame, file.temporary(), picture, how);
-        if (timeChanged(pictureFile) != pictureTime) // the file would pass for newer than what came meanwhile
-            throw std::runtime_error(fmt::format("{} changed while it was converted", pictureFile.string()));
-        const auto commit = [&] { file.commit(shape.bytes()); };
-        if (settings.manifest)
-            settings.manifest->replace(target, sum, commit);
-        else
-            commit();
-        return shape.bytes();
-    }
-
-    /// While the file is still in the system's memory. The sum is empty when nobody asked for it.
-    FileSum readBack(int frame, const std::filesystem::path& file, Picture& picture,
-                     const EmbeddedHost::RenderSettings& how) const {
-        try {
-            return settings.verify     ? verifyFile(file, picture, how, *plan.format)
-                   : settings.manifest ? sumFile(file)
-                                       : FileSum{};
-        } catch (const std::exception& error) {
-            throw std::runtime_error(fmt::format("{}: read back, it is not what was written: {}",
-                                                 plan.target.frame(frame).string(), error.what()));
-        }
-    }
-
-    const WritePlan& plan;
-    const RunSettings& settings;
-    Progress& progress;
-    const std::atomic<bool>& stop;
-    std::atomic<std::size_t> taken{0};
-    std::atomic<bool> anyFailed{false};
-    std::atomic<bool> ended{false}; ///< no other frame has a chance
-    std::mutex mutex;
-};
+std::uint64_t writeFrame(const WritePlan& plan, const RunSettings& settings, WriteNode& node, int frame) {
+    const std::filesystem::path pictureFile = plan.source->file(frame), target = plan.target.frame(frame);
+    const auto pictureTime = timeChanged(pictureFile);
+    Picture picture = plan.source->read(frame, [&](const PictureHeader& header) {
+        plan.shapeFor(frame, header);
+        checkMemory(plan, frame, header, settings.frameBytes, settings.verify);
+    });
+    const RenderSettings how{chooseTransfer(settings.transfer, picture.header()),
+                             picture.header().premultiplied};
+    const std::uint64_t bytes = plan.shape->bytes();
+    OutputFile file(target);
+    render(node, picture, file, how, target, bytes);
+    const FileSum sum = readBack(plan, settings, picture, file, how, target);
+    if (timeChanged(pictureFile) != pictureTime) // the file would pass for newer than what came meanwhile
+        throw std::runtime_error(fmt::format("{} changed while it was converted", pictureFile.string()));
+    const auto commit = [&] { file.commit(bytes); };
+    if (settings.manifest)
+        settings.manifest->replace(target, sum, commit);
+    else
+        commit();
+    return bytes;
+}
 
 } // namespace
 
@@ -127,24 +75,13 @@ std::vector<WriteNode> makeNodes(const WritePlan& plan, unsigned jobs) {
     return nodes;
 }
 
-RunResult runWrite(const WritePlan& plan, std::vector<WriteNode>& nodes, const RunSettings& settings,
-                   Progress& progress, const std::atomic<bool>& stop) {
-    shareThreads(static_cast<unsigned>(nodes.size()));
+FrameResult runWrite(const WritePlan& plan, std::vector<WriteNode>& nodes, const RunSettings& settings,
+                     Progress& progress) {
     removeAbandonedFiles(plan.target.path().parent_path());
-    Run run(plan, settings, progress, stop);
-    std::vector<std::thread> threads;
-    try {
-        for (std::size_t job = 1; job < nodes.size(); ++job)
-            threads.emplace_back([&run, &node = nodes[job]] { run.work(node); });
-    } catch (const std::system_error&) {
-        // The system gives no more threads: those that there are do the work.
-    }
-    run.work(nodes.front());
-    for (std::thread& thread : threads)
-        thread.join();
-    std::sort(run.result.written.begin(), run.result.written.end());
-    std::sort(run.result.failed.begin(), run.result.failed.end());
-    return std::move(run.result);
+    return runFrames(plan.frames, static_cast<unsigned>(nodes.size()), settings.failFast, progress,
+                     [&](std::size_t place, unsigned job) {
+                         return writeFrame(plan, settings, nodes[job], plan.frames[place]);
+                     });
 }
 
 } // namespace ZetTool
