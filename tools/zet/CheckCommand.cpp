@@ -1,5 +1,6 @@
 #include "CheckCommand.h"
 
+#include "CommonOptions.h"
 #include "FrameRange.h"
 #include "Manifest.h"
 #include "SequenceCheck.h"
@@ -14,8 +15,9 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
-#include <thread>
+#include <stdexcept>
 
 namespace ZetTool {
 namespace {
@@ -133,16 +135,13 @@ ExitCode run(Options options) {
 
 void addCheckCommand(CLI::App& program, ExitCode& exitCode) {
     const auto options = std::make_shared<Options>();
-    options->request.jobs = std::max(1u, std::thread::hardware_concurrency());
 
     CLI::App* command = program.add_subcommand("check", "Check that a whole sequence is fit to be played");
     command->add_option("PATTERN", options->request.pattern,
                         "The sequence: shot.%04d.zet, shot.####.zet or shot.@@@@.zet");
-    command
-        ->add_option("--frames", options->request.frames,
-                     "Frames that there should be, no more and no less, as in 1001-1100, 1-10x3 or 2,5-6; "
-                     "without it all from the first to the last that is there or in a manifest")
-        ->type_name("RANGES");
+    addFrames(*command, options->request.frames,
+              "Frames that there should be, no more and no less, as in 1001-1100, 1-10x3 or 2,5-6; "
+              "without it all from the first to the last that is there or in a manifest");
     command
         ->add_option("--manifest", options->request.manifests,
                      "Compare the content with the checksums that \"zet write --manifest\" wrote; takes "
@@ -154,12 +153,9 @@ void addCheckCommand(CLI::App& program, ExitCode& exitCode) {
         ->type_name("FORMAT");
     command->add_option("--size", options->size, "Size that all files should have; without it that of most")
         ->type_name("WIDTHxHEIGHT");
-    command->add_option("-j,--jobs", options->request.jobs, "Files to look at at once")
-        ->type_name("N")
-        ->check(CLI::Range(1, 256).description(""))
-        ->capture_default_str();
+    addJobs(*command, options->request.jobs, "Files to look at at once");
     command->add_flag("--json", options->json, "Print JSON: an object with one entry for each fault");
-    command->add_flag("-q,--quiet", options->quiet, "Print nothing but faults");
+    addQuiet(*command, options->quiet, "Print nothing but faults");
     command->footer(
         std::string("Every frame must be there, its headers and length must be right, and all must "
                     "be alike in\nformat, size and version. Pixels are read only to compare them "

@@ -2,9 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <numeric>
-#include <optional>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -73,16 +71,6 @@ private:
     Chart chart;
 };
 
-/// The number that the name ends with before its extension, as in "shot.1001.exr".
-std::optional<int> numberInName(const fs::path& file) {
-    constexpr std::size_t mostDigits = 9;
-    const std::string stem = file.stem().string();
-    const std::string digits = stem.substr(stem.find_last_not_of("0123456789") + 1);
-    if (digits.empty() || digits.size() > mostDigits)
-        return std::nullopt;
-    return std::stoi(digits);
-}
-
 } // namespace
 
 std::map<int, fs::path> numberFiles(const std::vector<fs::path>& files) {
@@ -90,8 +78,8 @@ std::map<int, fs::path> numberFiles(const std::vector<fs::path>& files) {
     std::map<int, fs::path> byPlace;
     for (const fs::path& file : files) {
         byPlace.emplace(static_cast<int>(byPlace.size()) + 1, file);
-        if (const auto number = numberInName(file))
-            byName.emplace(*number, file);
+        if (const std::string digits = frameDigits(file); !digits.empty())
+            byName.emplace(std::stoi(digits), file);
     }
     return byName.size() == files.size() ? byName : byPlace;
 }

@@ -32,8 +32,8 @@ public:
 
 /// Either one sequence or a list of files. In a list, the frames have the numbers at the end of the files'
 /// names ("shot.1001.exr") when all names have one and no two the same; else they are numbered from 1 as
-/// listed. Throws std::runtime_error when a sequence stands among several names, or when the arguments name
-/// no picture.
+/// listed. Throws std::runtime_error when a sequence stands among several names; that there is no picture is
+/// for the caller to find.
 std::unique_ptr<FrameSource> openPictureFiles(const std::vector<std::string>& arguments);
 
 /// The line-up chart, with frames 1 to 24 unless others are asked for.

@@ -1,5 +1,6 @@
 #include "InfoCommand.h"
 
+#include "CommonOptions.h"
 #include "FrameRange.h"
 #include "MediaFiles.h"
 #include "Parallel.h"
@@ -10,10 +11,10 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <thread>
 
 namespace fs = std::filesystem;
@@ -49,19 +50,17 @@ struct Run {
 
     bool takes(const Listed& file, const MediaFileInfo& its) const {
         return place && file.place && place->pattern.frame(file.place->frame) == file.path &&
-               alike(info, its);
+               lookOf(info) == lookOf(its) && info.fileBytes == its.fileBytes;
     }
 };
 
 /// The place in a sequence that the number at the end of the name tells, as in "shot.1001.zet".
 std::optional<Place> placeOf(const fs::path& file) {
-    constexpr std::size_t mostDigits = 9;
-    const std::string stem = file.stem().string();
-    const std::string before = stem.substr(0, stem.find_last_not_of("0123456789") + 1);
-    const std::string digits = stem.substr(before.size());
+    const std::string digits = frameDigits(file), stem = file.stem().string();
+    const std::string before = stem.substr(0, stem.size() - digits.size());
     const std::string after = file.extension().string();
     // The marks would be taken for fields of the pattern.
-    if (digits.empty() || digits.size() > mostDigits || (before + after).find_first_of("%#@") != before.npos)
+    if (digits.empty() || (before + after).find_first_of("%#@") != before.npos)
         return std::nullopt;
     const std::string field = digits.front() == '0' ? fmt::format("%0{}d", digits.size()) : "%d";
     return Place{SequencePattern(file.parent_path() / (before + field + after)), std::stoi(digits)};
@@ -169,10 +168,7 @@ ExitCode run(const Options& options) {
 void addInfoCommand(CLI::App& program, ExitCode& exitCode) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("info", "Tell what media files say of themselves");
-    command
-        ->add_option("FILES", options->files,
-                     "Media files, or sequences (shot.%04d.zet, shot.####.zet, shot.@@@@.zet)")
-        ->required();
+    command->add_option("FILES", options->files, mediaFilesOrSequences)->required();
     command->add_flag("--json", options->json, "Print JSON: an array with an object for each file");
     command->footer(
         "Headers and lengths are checked, pixels are not read. Neighbours in a sequence that are\n"

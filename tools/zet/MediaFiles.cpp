@@ -4,8 +4,6 @@
 
 #include <fmt/format.h>
 
-#include <tuple>
-
 namespace fs = std::filesystem;
 
 namespace ZetTool {
@@ -21,12 +19,8 @@ FoundFile inspect(const fs::path& file) {
     }
 }
 
-bool alike(const MediaFileInfo& one, const MediaFileInfo& other) {
-    const auto said = [](const MediaFileInfo& info) {
-        return std::tuple(info.mediaFormat, info.width, info.height, info.majorVersion, info.minorVersion,
-                          info.fileBytes);
-    };
-    return said(one) == said(other);
+MediaFileLook lookOf(const MediaFileInfo& info) {
+    return {info.mediaFormat, info.width, info.height, info.majorVersion, info.minorVersion};
 }
 
 std::string formatText(const MediaFileInfo& info) {

@@ -5,9 +5,11 @@
 
 #include <pictures/Picture.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <tuple>
 
 namespace ZetTool {
 
@@ -22,8 +24,9 @@ struct FoundFile {
 /// Checks the file's headers and length without reading its pixels.
 FoundFile inspect(const std::filesystem::path& file);
 
-/// Whether two files say the same of themselves.
-bool alike(const MediaFileInfo& one, const MediaFileInfo& other);
+/// What makes files alike: format, width, height and version.
+using MediaFileLook = std::tuple<std::uint32_t, int, int, int, int>;
+MediaFileLook lookOf(const MediaFileInfo& info);
 
 /// The label in the writer's menu; the library's name for a format that is not in it.
 std::string formatText(const MediaFileInfo& info);

@@ -1,5 +1,6 @@
 #include "ReadCommand.h"
 
+#include "CommonOptions.h"
 #include "DecodedFrame.h"
 #include "FrameRun.h"
 #include "Interruption.h"
@@ -13,11 +14,9 @@
 #include <pictures/FormatChoice.h>
 #include <pictures/OutputFile.h>
 
-#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
-#include <thread>
 
 namespace fs = std::filesystem;
 
@@ -106,30 +105,33 @@ ExitCode run(const Options& options) {
     return judge(result, plan.frames.size());
 }
 
+const char samplesAndColour[] =
+    "8-bit formats become 8-bit samples, deeper ones 16-bit, in EXR half and for 12 bits float.\n"
+    "Pictures have an alpha channel only where the media format has one.\n\n"
+    "Samples are written as they are and tagged with --colorspace as far as the file type can hold\n"
+    "a tag. EXR and HDR are linear light by convention: for them, samples are taken back from\n"
+    "sRGB or Rec709, and colour is multiplied by alpha.\n\n";
+
+const char status[] = "\n\n"
+                      "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
+                      "2 the run could not start; 130 interrupted.";
+
 } // namespace
 
 void addReadCommand(CLI::App& program, ExitCode& exitCode) {
     const auto options = std::make_shared<Options>();
-    options->jobs = std::max(1u, std::thread::hardware_concurrency());
 
     CLI::App* command = program.add_subcommand("read", "Read media files back into pictures");
-    command
-        ->add_option("FILES", options->files,
-                     "One sequence (shot.%04d.zet, shot.####.zet, shot.@@@@.zet) or a list of files. The "
-                     "frames of a list are numbered by the digits at the end of their names if all have "
-                     "different ones, else from 1")
-        ->required();
+    command->add_option("FILES", options->files, oneSequenceOrList(".zet"))->required();
     command
         ->add_option("-o,--output", options->output,
                      "Output file, with a place for the frame number as in a sequence; its extension chooses "
                      "the type: .png, .tif, .exr, .dpx, .jpg or another that OpenImageIO writes")
         ->type_name("FILE")
         ->required();
-    command
-        ->add_option("--frames", options->frames,
-                     "Frames to read, as in 1001-1100, 1-10x3, 2,5-6 or 9-7x-1; without it all that are "
-                     "there. --frames=-5-5 for negative ones")
-        ->type_name("RANGES");
+    addFrames(*command, options->frames,
+              "Frames to read, as in 1001-1100, 1-10x3, 2,5-6 or 9-7x-1; without it all that are "
+              "there. --frames=-5-5 for negative ones");
     command
         ->add_option("--colorspace,--colourspace", options->colourSpace,
                      "Colour space of the media files' samples, which do not tell it: sRGB, Rec709, Linear "
@@ -139,23 +141,9 @@ void addReadCommand(CLI::App& program, ExitCode& exitCode) {
     command->add_flag(
         "--premultiplied", options->premultiplied,
         "The media files' colour is multiplied by alpha, as it is when they were made from EXR");
-    command->add_option("-j,--jobs", options->jobs, "Frames to read at once")
-        ->type_name("N")
-        ->check(CLI::Range(1, 256).description(""))
-        ->capture_default_str();
-    command->add_flag("-q,--quiet", options->quiet, "Print nothing but errors");
-    command->footer(
-        "8-bit formats become 8-bit samples, deeper ones 16-bit, in EXR half and for 12 bits float.\n"
-        "Pictures have an alpha channel only where the media format has one.\n\n"
-        "Samples are written as they are and tagged with --colorspace as far as the file type can hold\n"
-        "a tag. EXR and HDR are linear light by convention: for them, samples are taken back from\n"
-        "sRGB or Rec709, and colour is multiplied by alpha.\n\n"
-        "Files appear under their names when they are whole; until then they are called\n"
-        ".zet-HOST-MACHINE-PROCESS-RANDOM.part in the same folder. Those that a killed process left there\n"
-        "are removed by the next run on the same machine. Where a name is a symbolic link, the file takes\n"
-        "the link's place, and what it leads to stays as it is.\n\n"
-        "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
-        "2 the run could not start; 130 interrupted.");
+    addJobs(*command, options->jobs, "Frames to read at once");
+    addQuiet(*command, options->quiet);
+    command->footer(samplesAndColour + std::string(temporaryNames) + status);
     command->callback([options, &exitCode] { exitCode = run(*options); });
 }
 

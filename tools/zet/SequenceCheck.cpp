@@ -11,7 +11,6 @@
 #include <numeric>
 #include <set>
 #include <stdexcept>
-#include <tuple>
 
 namespace fs = std::filesystem;
 
@@ -121,18 +120,16 @@ void SequenceCheck::sortOut(const std::vector<int>& onDisk) {
 
 /// What most of the files say of themselves.
 std::optional<MediaFileInfo> SequenceCheck::commonLook() const {
-    std::map<std::tuple<std::uint32_t, int, int, int, int>, std::size_t> counts;
+    std::map<MediaFileLook, std::size_t> counts;
     std::optional<MediaFileInfo> common;
     std::size_t most = 0;
     for (const Seen& one : seen) {
         if (!one.file.info)
             continue;
-        const MediaFileInfo& info = *one.file.info;
-        const std::size_t count =
-            ++counts[{info.mediaFormat, info.width, info.height, info.majorVersion, info.minorVersion}];
+        const std::size_t count = ++counts[lookOf(*one.file.info)];
         if (count > most) {
             most = count;
-            common = info;
+            common = one.file.info;
         }
     }
     return common;

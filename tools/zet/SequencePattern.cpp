@@ -94,4 +94,11 @@ std::vector<int> SequencePattern::framesOnDisk() const {
     return frames;
 }
 
+std::string frameDigits(const fs::path& file) {
+    constexpr std::size_t most = 9;
+    const std::string stem = file.stem().string();
+    const std::string digits = stem.substr(stem.find_last_not_of("0123456789") + 1);
+    return digits.size() > most ? "" : digits;
+}
+
 } // namespace ZetTool

@@ -37,4 +37,8 @@ private:
     bool field = false;
 };
 
+/// The digits that a file's name ends with before its extension, as in "shot.1001.exr"; empty when there are
+/// none, or more than nine, which no frame number needs.
+std::string frameDigits(const std::filesystem::path& file);
+
 } // namespace ZetTool

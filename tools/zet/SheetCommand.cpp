@@ -1,5 +1,6 @@
 #include "SheetCommand.h"
 
+#include "CommonOptions.h"
 #include "ContactSheet.h"
 #include "DecodedFrame.h"
 #include "Difference.h"
@@ -19,7 +20,6 @@
 #include <iostream>
 #include <memory>
 #include <stdexcept>
-#include <thread>
 
 namespace fs = std::filesystem;
 
@@ -237,21 +237,15 @@ ExitCode run(const Options& options) {
 
 void addSheetCommand(CLI::App& program, ExitCode& exitCode) {
     const auto options = std::make_shared<Options>();
-    options->jobs = std::max(1u, std::thread::hardware_concurrency());
 
     CLI::App* command = program.add_subcommand(
         "sheet", "Draw media files on a contact sheet, and compare them with a source");
-    command
-        ->add_option("FILES", options->files,
-                     "Media files, or sequences (shot.%04d.zet, shot.####.zet, shot.@@@@.zet)")
-        ->required();
+    command->add_option("FILES", options->files, mediaFilesOrSequences)->required();
     command->add_option("-o,--output", options->output, "The sheet: .png or another type of picture")
         ->type_name("FILE")
         ->required();
-    command
-        ->add_option("--frames", options->frames,
-                     "Frames of the sequences, as in 1001-1100 or 1-1000x10; without it all that are there")
-        ->type_name("RANGES");
+    addFrames(*command, options->frames,
+              "Frames of the sequences, as in 1001-1100 or 1-1000x10; without it all that are there");
     auto* against =
         command
             ->add_option("--against", options->against,
@@ -262,11 +256,8 @@ void addSheetCommand(CLI::App& program, ExitCode& exitCode) {
         ->add_flag("--against-chart", options->againstChart,
                    "Compare with the line-up chart that \"zet write --chart\" writes")
         ->excludes(against);
-    command
-        ->add_option("--transfer", options->transfer,
-                     "Transfer function that the source goes through, as it did for \"zet write\"")
-        ->type_name("auto|none|srgb|rec709")
-        ->capture_default_str();
+    addTransfer(*command, options->transfer,
+                "Transfer function that the source goes through, as it did for \"zet write\"");
     command->add_option("--amplify", options->amplify, "How many times as large differences are drawn")
         ->type_name("FACTOR")
         ->check(CLI::Range(1.0, 1000.0).description(""))
@@ -278,11 +269,8 @@ void addSheetCommand(CLI::App& program, ExitCode& exitCode) {
     command->add_option("--columns", options->columns, "Files in a row; without it as many as look well")
         ->type_name("N")
         ->check(CLI::Range(1, 100).description(""));
-    command->add_option("-j,--jobs", options->jobs, "Files to read at once")
-        ->type_name("N")
-        ->check(CLI::Range(1, 256).description(""))
-        ->capture_default_str();
-    command->add_flag("-q,--quiet", options->quiet, "Print nothing but errors");
+    addJobs(*command, options->jobs, "Files to read at once");
+    addQuiet(*command, options->quiet);
     command->footer(
         "Pictures are shown without their alpha. PSNR is printed as well: of red, green and blue\n"
         "together over all pixels, and of alpha alone where both file and source have it. Samples of\n"

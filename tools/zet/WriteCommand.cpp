@@ -1,5 +1,6 @@
 #include "WriteCommand.h"
 
+#include "CommonOptions.h"
 #include "FrameRun.h"
 #include "Interruption.h"
 #include "MemoryBudget.h"
@@ -15,7 +16,6 @@
 #include <iostream>
 #include <memory>
 #include <stdexcept>
-#include <thread>
 
 namespace fs = std::filesystem;
 
@@ -136,19 +136,31 @@ ExitCode run(Options options, const std::string& commandLine) {
     return judge(result, plan.frames.size(), options.resume ? commandLine : resuming(commandLine));
 }
 
+const char verifyAndResume[] =
+    "--verify checks the headers and the length of the file that was written, and compares every\n"
+    "byte of its pixels with a second conversion of the picture, which the library makes in memory\n"
+    "without the plug-in. It finds what goes wrong between conversion and file, not what the\n"
+    "conversion itself may do wrong; the system may answer from its memory instead of the disk.\n"
+    "\n"
+    "--resume leaves out a frame when the file under its name has the headers and the length that\n"
+    "would be written and is newer than the picture. With --manifest it must have the checksum of its\n"
+    "entry, too; a file without an entry is written again. It cannot see that other options, such as\n"
+    "--transfer, have changed. What it leaves out is not verified.\n\n";
+
+const char manifestAndStatus[] =
+    "\nEach file gets its entry as soon as it has its name. Entries of files that a run does not write\n"
+    "are kept. Runs at the same time need a manifest each: \"zet check\" takes several.\n\n"
+    "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
+    "2 the run could not start; 130 interrupted.";
+
 } // namespace
 
 void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode& exitCode) {
     const auto options = std::make_shared<Options>();
-    options->jobs = std::max(1u, std::thread::hardware_concurrency());
 
     CLI::App* command =
         program.add_subcommand("write", "Write pictures, or the line-up chart, as media files");
-    auto* pictures =
-        command->add_option("PICTURES", options->request.pictures,
-                            "One sequence (shot.%04d.exr, shot.####.exr, shot.@@@@.exr) or a list "
-                            "of files. The frames of a list are numbered by the digits at the end "
-                            "of their names if all have different ones, else from 1");
+    auto* pictures = command->add_option("PICTURES", options->request.pictures, oneSequenceOrList(".exr"));
     command->add_option("--chart", options->chart, "An animated line-up chart instead of pictures")
         ->type_name("WIDTHxHEIGHT")
         ->excludes(pictures);
@@ -160,23 +172,13 @@ void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode
     command->add_option("-f,--format", options->request.format, "Output format: label, short name or index")
         ->type_name("FORMAT")
         ->capture_default_str();
-    command
-        ->add_option(
-            "--frames", options->request.frames,
-            "Frames to write, as in 1001-1100, 1-10x3, 2,5-6 or 9-7x-1; without it all that are there "
-            "(chart: 1-24). --frames=-5-5 for negative ones")
-        ->type_name("RANGES");
-    command
-        ->add_option(
-            "--transfer", options->transfer,
-            "Transfer function: auto takes scene-linear pictures to sRGB and leaves others as they are, "
-            "none leaves all as they are, srgb and rec709 take all from linear")
-        ->type_name("auto|none|srgb|rec709")
-        ->capture_default_str();
-    command->add_option("-j,--jobs", options->jobs, "Frames to write at once")
-        ->type_name("N")
-        ->check(CLI::Range(1, 256).description(""))
-        ->capture_default_str();
+    addFrames(*command, options->request.frames,
+              "Frames to write, as in 1001-1100, 1-10x3, 2,5-6 or 9-7x-1; without it all that are there "
+              "(chart: 1-24). --frames=-5-5 for negative ones");
+    addTransfer(*command, options->transfer,
+                "Transfer function: auto takes scene-linear pictures to sRGB and leaves others as they are, "
+                "none leaves all as they are, srgb and rec709 take all from linear");
+    addJobs(*command, options->jobs, "Frames to write at once");
     command
         ->add_option("--memory", options->memory,
                      "Memory to stay within, as in 2GB or 1500MB; without it half of the machine's")
@@ -193,33 +195,13 @@ void addWriteCommand(CLI::App& program, const std::string& commandLine, ExitCode
         ->type_name("FILE");
     command->add_flag("--dry-run", options->dryRun, "List what would be written, and write nothing");
     command->add_flag("--fail-fast", options->run.failFast, "Begin no further frame once one has failed");
-    command->add_flag("-q,--quiet", options->quiet, "Print nothing but errors");
+    addQuiet(*command, options->quiet);
     command
         ->add_option("--plugin", options->plugin, "Writer plug-in to use instead of the one of this program")
         ->type_name("FILE");
-    command->footer(
-        "Formats (index, short name, label):\n" + listOutputFormats() +
-        "\n\n"
-        "Files appear under their names when they are whole; until then they are called\n"
-        ".zet-HOST-MACHINE-PROCESS-RANDOM.part in the same folder. Those that a killed process left there\n"
-        "are removed by the next run on the same machine. Where a name is a symbolic link, the file takes\n"
-        "the link's place, and what it leads to stays as it is.\n\n" +
-        memoryEstimate +
-        "\n\n"
-        "--verify checks the headers and the length of the file that was written, and compares every\n"
-        "byte of its pixels with a second conversion of the picture, which the library makes in memory\n"
-        "without the plug-in. It finds what goes wrong between conversion and file, not what the\n"
-        "conversion itself may do wrong; the system may answer from its memory instead of the disk.\n"
-        "\n"
-        "--resume leaves out a frame when the file under its name has the headers and the length that\n"
-        "would be written and is newer than the picture. With --manifest it must have the checksum of its\n"
-        "entry, too; a file without an entry is written again. It cannot see that other options, such as\n"
-        "--transfer, have changed. What it leaves out is not verified.\n\n" +
-        Manifest::description +
-        "\nEach file gets its entry as soon as it has its name. Entries of files that a run does not write\n"
-        "are kept. Runs at the same time need a manifest each: \"zet check\" takes several.\n\n"
-        "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
-        "2 the run could not start; 130 interrupted.");
+    command->footer("Formats (index, short name, label):\n" + listOutputFormats() + "\n\n" + temporaryNames +
+                    "\n\n" + memoryEstimate + "\n\n" + verifyAndResume + Manifest::description +
+                    manifestAndStatus);
     command->callback([options, &commandLine, &exitCode] { exitCode = run(*options, commandLine); });
 }
 
