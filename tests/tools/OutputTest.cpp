@@ -3,6 +3,7 @@
 #include <pictures/MediaFileShape.h>
 #include <pictures/OutputFile.h>
 #include <tests/TestSupport.h>
+#include <tools/zet/WriteManifest.h>
 
 #include <filesystem>
 #include <fstream>
@@ -90,6 +91,27 @@ TEST_F(OutputTest, AFileAppearsWhenItIsWhole) {
     std::filesystem::create_directory(file);
     EXPECT_THAT(messageOf([&] { attempt("whole"); }), HasSubstr("cannot be renamed"));
     EXPECT_FALSE(std::filesystem::exists(temporary));
+}
+
+TEST_F(OutputTest, AManifestIsTrueAtEveryMoment) {
+    const auto manifest = folder / "m";
+    const auto listed = [&] { return Manifest::load(manifest).sums; };
+    const FileSum one = sumBytes("1", 1), other = sumBytes("2", 1);
+    Manifest earlier;
+    earlier.sums = {{"f.0001.zet", one}, {"f.0002.zet", one}};
+    WriteManifest written(manifest, earlier, folder / "f.%04d.zet");
+    const auto replace = [&](bool succeeds) {
+        written.replace(file, other, [&] {
+            EXPECT_EQ(listed().count("f.0001.zet"), 0u);
+            if (!succeeds)
+                throw std::runtime_error("not renamed");
+        });
+    };
+    EXPECT_EQ(messageOf([&] { replace(false); }), "not renamed");
+    EXPECT_EQ(listed(), earlier.sums);
+    replace(true);
+    earlier.sums["f.0001.zet"] = other;
+    EXPECT_EQ(listed(), earlier.sums);
 }
 
 TEST_F(OutputTest, WhatADeadProcessOfThisMachineLeftIsRemoved) {
