@@ -30,12 +30,12 @@ const std::map<std::pair<T, T>, ConvertBitDepth::ScaleFactorAndOpenCvType> Conve
 
 namespace {
 
-/// `cv::Mat::convertTo` uses one thread only, so that it gets the rows one by one, on several threads.
+/// `cv::Mat::convertTo` uses one thread only, so that it gets ranges of rows, on several threads.
 cv::Mat converted(cv::Mat const& image, ConvertBitDepth::ScaleFactorAndOpenCvType const& conversion) {
     cv::Mat result(image.size(), CV_MAKETYPE(conversion.openCvType, image.channels()));
-    parallelRows(image.rows, [&](int row) {
-        cv::Mat to = result.row(row);
-        image.row(row).convertTo(to, conversion.openCvType, conversion.scaleFactor, 0.0);
+    parallelRanges(image.rows, [&](cv::Range const& rows) {
+        cv::Mat to = result.rowRange(rows);
+        image.rowRange(rows).convertTo(to, conversion.openCvType, conversion.scaleFactor, 0.0);
     });
     return result;
 }
