@@ -29,6 +29,12 @@ constexpr int blockSize = 4;
 constexpr int blockPixels = blockSize * blockSize;
 constexpr int pieceBytes = 8;
 
+/// The measures of a block of so many pieces.
+template <int pieces_>
+struct Block {
+    static constexpr int pieces = pieces_, bytes = pieces * pieceBytes, rows = blockSize, columns = blockSize;
+};
+
 /// 64 bits of a block as words. In all templates of the block compressions `Int` is a number, or a vector of
 /// them: one for each of several blocks. Pieces are read as two words of 32 bits.
 template <class Int>

@@ -24,10 +24,9 @@ FloatVector halvesOfQuads(FloatVector a, FloatVector b) {
 /// Two blocks in each lane of 32 bits: one of the first half of the group and one of the second.
 template <class BlockEncoder, class Source>
 struct CompressedGroup {
-    static constexpr int blocks = 2 * lanes, rows = Dxt::blockSize,
-                         blockRowBytes = Dxt::blockSize * sizeof(Source),
+    static constexpr int blocks = 2 * lanes, rows = BlockEncoder::rows, bytes = BlockEncoder::bytes;
+    static constexpr int blockRowBytes = BlockEncoder::columns * sizeof(Source),
                          readBytes = (blocks - 1) * blockRowBytes + 16;
-    static constexpr int pieces = BlockEncoder::pieces, bytes = pieces * Dxt::pieceBytes;
 
     static void encode(std::uint8_t const* pixels, std::size_t stride, std::uint8_t* blocks) {
         store(BlockEncoder::encode(load(pixels, stride)), blocks);
@@ -35,6 +34,7 @@ struct CompressedGroup {
 
 private:
     using Pixels = Dxt::RgbPixels<typename BlockEncoder::Values>;
+    static constexpr int pieces = BlockEncoder::pieces;
     /// A row of every block.
     using Row = std::array<Shorts, 8>;
 

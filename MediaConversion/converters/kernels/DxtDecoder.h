@@ -82,9 +82,7 @@ struct LumaTables {
 /// The rows of a block.
 using PixelRows = std::array<PixelBytes, blockSize>;
 
-struct Dxt1Decoder {
-    static constexpr int pieces = 1;
-
+struct Dxt1Decoder : Block<1> {
     static PixelRows decode(std::array<Ints, 2> const& piece) {
         auto const [red, green, blue] = endpointColours(piece);
         Ints const words = ColourPiece::endpoints(piece);
@@ -105,9 +103,7 @@ struct Dxt1Decoder {
     }
 };
 
-struct YCoCgDxt5Decoder {
-    static constexpr int pieces = 2;
-
+struct YCoCgDxt5Decoder : Block<2> {
     static PixelRows decode(std::array<Ints, 4> const& words) {
         std::array<Ints, 2> const lumaPiece{words[0], words[1]}, colourPiece{words[2], words[3]};
         LumaTables const lumas(lumaPiece);

@@ -36,9 +36,8 @@ struct Bounds {
 
 /// One component of the two endpoints, between which the values of a block are interpolated. They are never
 /// put into order: decoders read the mode of a block from it.
-template <class Int>
 struct Endpoints {
-    Int first, second;
+    Shorts first, second;
 };
 
 /// 128 more than half the difference, rounded up: the mean of `b` and 255 - `a` is 128 + (b - a) / 2, rounded
@@ -101,35 +100,33 @@ inline Bounds<Shorts> scaleChroma(Pairs& chroma, Bounds<Shorts> const& bounds, S
 /// The bounds moved inwards by 1 / 2^shift of their distance, less half a step: outliers cost the rest of the
 /// block less. Bounds closer than half a step move apart, so that a flat block has two endpoints. The maximum
 /// cannot pass 255.
-template <int shift, class Int>
-Bounds<Int> insetRounded(Bounds<Int> const& bounds) {
-    Int const amount = (bounds.max - bounds.min) - ((1 << (shift - 1)) - 1);
-    return {max(((bounds.min << shift) + amount) >> shift, Int(0)),
-            ((bounds.max << shift) - amount) >> shift};
+template <int shift>
+Bounds<Shorts> insetRounded(Bounds<Shorts> const& bounds) {
+    Shorts const amount = (bounds.max - bounds.min) - ((1 << (shift - 1)) - 1);
+    return {max(((bounds.min << shift) + amount) >> shift, 0), ((bounds.max << shift) - amount) >> shift};
 }
 
 /// The bounds moved inwards by a sixteenth of their distance; they stay in 0..255.
-template <class Int>
-Bounds<Int> inset(Bounds<Int> const& bounds) {
-    Int const amount = (bounds.max - bounds.min) >> 4;
+inline Bounds<Shorts> inset(Bounds<Shorts> const& bounds) {
+    Shorts const amount = (bounds.max - bounds.min) >> 4;
     return {bounds.min + amount, bounds.max - amount};
 }
 
 /// The 8-bit value that stands for the high `bits` bits of another: they are repeated below themselves.
-template <int bits, class Int>
-Int quantised(Int const& value) {
+template <int bits>
+Shorts quantised(Shorts const& value) {
     return (value & (256 - (256 >> bits))) | (value >> bits);
 }
 
-template <int bits, class Int>
-Endpoints<Int> quantisedEndpoints(Bounds<Int> const& bounds) {
+template <int bits>
+Endpoints quantisedEndpoints(Bounds<Shorts> const& bounds) {
     return {quantised<bits>(bounds.max), quantised<bits>(bounds.min)};
 }
 
 /// Chooses the diagonal of the box of Co and Cg: where the one is mostly large while the other is small, it
 /// runs from large Co and small Cg to small Co and large Cg. Returns where Cg's endpoints were exchanged.
-inline Shorts chooseDiagonal(YCoCgPixels const& pixels, Endpoints<Shorts> const& co, Endpoints<Shorts>& cg) {
-    auto const middle = [](Endpoints<Shorts> const& ends) {
+inline Shorts chooseDiagonal(YCoCgPixels const& pixels, Endpoints const& co, Endpoints& cg) {
+    auto const middle = [](Endpoints const& ends) {
         return inBothBytes((ends.first + ends.second + 1) >> 1);
     };
     Bytes const middleCo = middle(co), middleCg = middle(cg);
@@ -144,10 +141,9 @@ inline Shorts chooseDiagonal(YCoCgPixels const& pixels, Endpoints<Shorts> const&
 
 /// The limits up to which (inclusive) luma belongs below one step of the interpolation: each step plus about
 /// half the distance to the next.
-template <class Int>
-std::array<Int, 7> lumaThresholds(Bounds<Int> const& luma) {
-    Int const half = (luma.max - luma.min) / 14;
-    std::array<Int, 7> thresholds;
+inline std::array<Shorts, 7> lumaThresholds(Bounds<Shorts> const& luma) {
+    Shorts const half = (luma.max - luma.min) / 14;
+    std::array<Shorts, 7> thresholds;
     for (int step = 1; step <= 7; ++step)
         thresholds[step - 1] = ((7 - step) * luma.max + step * luma.min) / 7 + half;
     return thresholds;
@@ -180,11 +176,9 @@ inline std::array<Shorts, 3> lumaIndices(Pairs const& luma, Bounds<Shorts> const
 }
 
 /// The values that a component takes with the indices 0..3.
-template <class Int>
-using Steps = std::array<Int, 4>;
+using Steps = std::array<Shorts, 4>;
 
-template <class Int>
-Steps<Int> steps(Endpoints<Int> const& ends) {
+inline Steps steps(Endpoints const& ends) {
     return {ends.first, ends.second, (2 * ends.first + ends.second) / 3, (ends.first + 2 * ends.second) / 3};
 }
 
@@ -194,8 +188,8 @@ Steps<Int> steps(Endpoints<Int> const& ends) {
 /// Limited to the box of the endpoints, a pixel is nearer to all four colours by the same distance. Sums are
 /// limited to 255, which changes no index: those of the two endpoints add up to at most twice 255, so that
 /// the smaller one is as it should be, and so is the fourth colour's wherever it is smaller than the first's.
-inline std::array<Shorts, 2> chromaIndices(YCoCgPixels const& pixels, Steps<Shorts> const& coSteps,
-                                           Steps<Shorts> const& cgSteps, Shorts const& isExchanged) {
+inline std::array<Shorts, 2> chromaIndices(YCoCgPixels const& pixels, Steps const& coSteps,
+                                           Steps const& cgSteps, Shorts const& isExchanged) {
     // Cg's endpoints that were exchanged are mirrored with all values, so that the first is the larger one.
     Bytes const mirror(isExchanged.ints());
     std::array<Bytes, 4> co, cg;
@@ -227,19 +221,17 @@ inline std::array<Shorts, 2> chromaIndices(YCoCgPixels const& pixels, Steps<Shor
 
 /// The indices of the nearest colours of the palette, by the sum of the components' distances: 2 bits each as
 /// words, pixel 0 lowest.
-template <class Int, std::size_t components>
-std::array<Int, 2> colourIndices(std::array<Channel<Int> const*, components> const& channels,
-                                 std::array<Steps<Int>, components> const& steps) {
-    std::array<Int, 2> words{0, 0};
+inline std::array<Shorts, 2> colourIndices(RgbPixels<Channel<Shorts>> const& rgb, Steps const& red,
+                                           Steps const& green, Steps const& blue) {
+    std::array<Shorts, 2> words{0, 0};
     unrolled<blockPixels>([&](auto i) {
-        std::array<Int, 4> distance;
-        distance.fill(0);
-        for (std::size_t c = 0; c < components; ++c)
-            for (int k = 0; k < 4; ++k)
-                distance[k] = distance[k] + abs(steps[c][k] - (*channels[c])[i]);
+        std::array<Shorts, 4> distance;
+        for (int k = 0; k < 4; ++k)
+            distance[k] =
+                abs(red[k] - rgb.red[i]) + abs(green[k] - rgb.green[i]) + abs(blue[k] - rgb.blue[i]);
 
-        Int const isThird = min(distance[0], distance[2]) > distance[3];
-        Int const isBetween = min(distance[0], distance[1]) > min(distance[2], distance[3]);
+        Shorts const isThird = min(distance[0], distance[2]) > distance[3];
+        Shorts const isBetween = min(distance[0], distance[1]) > min(distance[2], distance[3]);
         constexpr int shift = 2 * i % 16;
         words[i / 8] = words[i / 8] | (isThird & 1 << shift) | (isBetween & 2 << shift);
     });
@@ -247,8 +239,7 @@ std::array<Int, 2> colourIndices(std::array<Channel<Int> const*, components> con
 }
 
 /// Luma with eight steps of its own; Co and Cg, scaled to use the bits of the endpoints, with four.
-struct YCoCgDxt5Encoder {
-    static constexpr int pieces = 2;
+struct YCoCgDxt5Encoder : Block<2> {
     using Values = Pairs;
 
     static std::array<Piece<Shorts>, pieces> encode(RgbPixels<Values> const& rgb) {
@@ -268,8 +259,7 @@ struct YCoCgDxt5Encoder {
     }
 };
 
-struct Dxt1Encoder {
-    static constexpr int pieces = 1;
+struct Dxt1Encoder : Block<1> {
     using Values = Channel<Shorts>;
 
     static std::array<Piece<Shorts>, pieces> encode(RgbPixels<Values> const& rgb) {
@@ -278,8 +268,7 @@ struct Dxt1Encoder {
         auto const blue = quantisedEndpoints<5>(inset(boundingBox(rgb.blue)));
         return {ColourPiece::pack(Rgb565::pack(red.first, green.first, blue.first),
                                   Rgb565::pack(red.second, green.second, blue.second),
-                                  colourIndices<Shorts, 3>({&rgb.red, &rgb.green, &rgb.blue},
-                                                           {steps(red), steps(green), steps(blue)}))};
+                                  colourIndices(rgb, steps(red), steps(green), steps(blue)))};
     }
 };
 
