@@ -1,6 +1,5 @@
 // How long a conversion of a frame takes, as a multiple of a pass that only reads the same frame and writes
-// as many bytes as the conversion does. Both run alternately, and the best time of each counts: what else the
-// machine does slows both down.
+// as many bytes as the conversion does.
 #include "StreamingPass.h"
 
 #include <MediaConversion/MediaPipeline/Encoder.h>
@@ -31,7 +30,7 @@ namespace {
 
 constexpr int rows = 2160, columns = 3840;
 /// How often each conversion is timed.
-constexpr int rounds = 10;
+constexpr int rounds = 20;
 constexpr double pixels = double{rows} * columns;
 
 enum class Picture { Noise, Neutral };
