@@ -31,11 +31,6 @@ struct Pixel {
     static constexpr int channels = Order::channels;
 
     Sample samples[channels];
-
-    Sample blue() const { return samples[Order::blue]; }
-    Sample green() const { return samples[Order::green]; }
-    Sample red() const { return samples[Order::red]; }
-    Sample alpha() const { return samples[Order::alpha]; }
 };
 
 } // namespace MediaConversion

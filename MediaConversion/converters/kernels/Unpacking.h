@@ -19,18 +19,28 @@ struct Rescaling {
         return code * whole + ((code * factor + (1 << (bits - 1))) >> bits);
     }
 
-    /// Full scales are odd here: no quotient is a half, or so near to one that doubles could round it to the
-    /// other side.
+    /// Whether all codes become what double precision makes of them.
     static constexpr bool isExact() {
         for (int code = 0; code <= From::fullScale; ++code)
             if (rescaled(code) !=
-                (2 * std::int64_t{code} * To::fullScale + From::fullScale) / (2 * From::fullScale))
+                static_cast<int>(code / static_cast<double>(From::fullScale) * To::fullScale + 0.5))
                 return false;
         return true;
     }
 };
 static_assert(Rescaling<U10, U16>::isExact() && Rescaling<U10, U15plus1>::isExact());
 static_assert(Rescaling<U12, U16>::isExact() && Rescaling<U12, U15plus1>::isExact());
+
+/// Whether the quotients of all codes are the same in single precision as when they are first made in double.
+template <class From>
+constexpr bool isExactInFloats() {
+    for (int code = 0; code <= From::fullScale; ++code)
+        if (static_cast<float>(code) / From::fullScale !=
+            static_cast<float>(code / static_cast<double>(From::fullScale)))
+            return false;
+    return true;
+}
+static_assert(isExactInFloats<U10>() && isExactInFloats<U12>());
 
 /// Codes at the depth `To`, as it is stored: unchanged at their own, the upper bits at 8, else rounded.
 template <class Layout, class To>
@@ -41,8 +51,6 @@ Ints rescaled(Ints code) {
     else if constexpr (std::is_same_v<To, U8>)
         return code >> (Layout::bits - 8);
     else if constexpr (std::is_same_v<To, F32>)
-        // No quotient of codes lies so near to the middle between two floats that rounding it to a double
-        // first could make a difference.
         return (Floats(code) / From::fullScale).bits();
     else
         return Rescaling<From, To>::rescaled(code);

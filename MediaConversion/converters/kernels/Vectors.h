@@ -30,6 +30,7 @@ Whole joined(Half low, Half high) {
 }
 
 struct Ints {
+    using Unsigned = VectorOf<std::uint32_t, sizeof(IntVector)>;
     IntVector vector;
 
     Ints() = default;
@@ -44,7 +45,7 @@ inline Ints operator*(Ints a, Ints b)   { return Ints(a.vector * b.vector); }
 inline Ints operator&(Ints a, Ints b)   { return Ints(a.vector & b.vector); }
 inline Ints operator|(Ints a, Ints b)   { return Ints(a.vector | b.vector); }
 inline Ints operator^(Ints a, Ints b)   { return Ints(a.vector ^ b.vector); }
-inline Ints operator<<(Ints a, int bits) { return Ints(a.vector << bits); }
+inline Ints operator<<(Ints a, int bits) { return Ints(IntVector(Ints::Unsigned(a.vector) << bits)); }
 inline Ints operator>>(Ints a, int bits) { return Ints(a.vector >> bits); }
 inline Ints min(Ints a, Ints b)         { return Ints(a.vector < b.vector ? a.vector : b.vector); }
 inline Ints max(Ints a, Ints b)         { return Ints(a.vector > b.vector ? a.vector : b.vector); }
