@@ -10,9 +10,6 @@
 namespace MediaConversion {
 namespace {
 
-/// The code modulo its bits.
-inline Ints lowBits(Ints code, int bits) { return code & ((1 << bits) - 1); }
-
 /// Samples that are codes already.
 class SampleCodes {
 public:

@@ -56,7 +56,7 @@ private:
 
     /// The pixels i and i + 8 from one byte of two rows.
     template <int i, int byte>
-    static void setPixels(Dxt::Channel<Shorts>& values, Row const& first, Row const& second) {
+    static void setPixels(Dxt::Channel& values, Row const& first, Row const& second) {
         auto const value = [](Shorts const& pair) {
             return byte % 2 == 0 ? lowerBytes(pair) : upperBytes(pair);
         };
@@ -90,7 +90,7 @@ private:
         return pairs;
     }
 
-    static void store(std::array<Dxt::Piece<Shorts>, pieces> const& block, std::uint8_t* to) {
+    static void store(std::array<Dxt::Piece, pieces> const& block, std::uint8_t* to) {
         std::array<FloatVector, 2 * pieces> firstHalf, secondHalf;
         unrolled<2 * pieces>([&](auto i) {
             Ints const low = block[i / 2][i % 2 * 2].ints(), high = block[i / 2][i % 2 * 2 + 1].ints();

@@ -7,11 +7,11 @@
 #pragma once
 
 #include <MediaConversion/converters/PixelTypes.h>
-#include <MediaConversion/converters/Words.h>
 #include <MediaConversion/converters/kernels/Bytes.h>
 #include <MediaConversion/converters/kernels/Groups.h>
 #include <MediaConversion/converters/kernels/Kernels.h>
 #include <MediaConversion/converters/kernels/Unrolled.h>
+#include <MediaConversion/converters/kernels/Words.h>
 
 #include <algorithm>
 #include <array>
@@ -239,28 +239,6 @@ private:
         }
     }
 };
-
-/// A `DecodeRow`.
-template <class Group>
-void decodeInGroups(std::uint8_t const* blocks, std::uint8_t* pixels, std::size_t rowBytes, int count) {
-    constexpr int blockBytes = Group::bytes / Group::blocks,
-                  blockPixelBytes = Group::pixelBytes / Group::blocks;
-    auto const groups = static_cast<int>(
-        std::max<std::ptrdiff_t>(std::ptrdiff_t{count} * blockBytes - Group::bytesBehind, 0) / Group::bytes);
-    Group::decode(blocks, pixels, rowBytes, groups);
-
-    // The rest is decoded elsewhere.
-    for (int decoded = groups * Group::blocks; decoded < count; decoded += Group::blocks) {
-        int const rest = std::min(count - decoded, Group::blocks);
-        std::uint8_t lastBlocks[Group::bytes + Group::bytesBehind] = {};
-        std::uint8_t lastPixels[Group::rows * Group::pixelBytes];
-        std::memcpy(lastBlocks, blocks + std::ptrdiff_t{decoded} * blockBytes, rest * blockBytes);
-        Group::decode(lastBlocks, lastPixels, Group::pixelBytes, 1);
-        for (int row = 0; row < Group::rows; ++row)
-            std::memcpy(pixels + row * rowBytes + std::ptrdiff_t{decoded} * blockPixelBytes,
-                        lastPixels + row * Group::pixelBytes, rest * blockPixelBytes);
-    }
-}
 
 template <class Format, class Destination>
 constexpr DecodeRow decodeRow = decodeInGroups<DecodedGroup<Format, Destination>>;

@@ -1,8 +1,8 @@
 // The block decoder: what graphics hardware shows of a block, whoever encoded it.
 #pragma once
 
-#include <MediaConversion/converters/DxtBlocks.h>
 #include <MediaConversion/converters/kernels/Bytes.h>
+#include <MediaConversion/converters/kernels/DxtBlocks.h>
 #include <MediaConversion/converters/kernels/Unrolled.h>
 
 #include <array>
@@ -70,12 +70,12 @@ struct LumaTables {
         auto const seconds = [](Ends const& a, Ends const& b) {
             return a.ints() >> 16 | b.ints() >> 16 << 8;
         };
-        Ends const sixth = mixed<6, 1>(ends), fifth = mixed<5, 2>(ends), middle = mixed<4, 3>(ends);
-        Ends const ofFive = mixed<4, 1>(ends), middleOfFive = mixed<3, 2>(ends);
+        Ends const step1of7 = mixed<6, 1>(ends), step2of7 = mixed<5, 2>(ends), step3of7 = mixed<4, 3>(ends);
+        Ends const step1of5 = mixed<4, 1>(ends), step2of5 = mixed<3, 2>(ends);
         auto const isEight = first > second;
-        low = bytesOf(ends) | chosen(isEight, firsts(sixth, fifth), firsts(ofFive, middleOfFive)) << 16;
-        high = chosen(isEight, bytesOf(middle) | seconds(fifth, sixth) << 16,
-                      seconds(middleOfFive, ofFive) | static_cast<int>(0xff000000));
+        low = bytesOf(ends) | chosen(isEight, firsts(step1of7, step2of7), firsts(step1of5, step2of5)) << 16;
+        high = chosen(isEight, bytesOf(step3of7) | seconds(step2of7, step1of7) << 16,
+                      seconds(step2of5, step1of5) | static_cast<int>(0xff000000));
     }
 };
 

@@ -2,8 +2,8 @@
 // compressed at the rate of playback. All values fit 16 bits.
 #pragma once
 
-#include <MediaConversion/converters/DxtBlocks.h>
 #include <MediaConversion/converters/kernels/Bytes.h>
+#include <MediaConversion/converters/kernels/DxtBlocks.h>
 #include <MediaConversion/converters/kernels/Unrolled.h>
 
 #include <array>
@@ -98,8 +98,8 @@ inline Bounds<Shorts> scaleChroma(Pairs& chroma, Bounds<Shorts> const& bounds, S
 }
 
 /// The bounds moved inwards by 1 / 2^shift of their distance, less half a step: outliers cost the rest of the
-/// block less. Bounds closer than half a step move apart, so that a flat block has two endpoints. The maximum
-/// cannot pass 255.
+/// block less. Bounds closer than half a step move apart, so that a flat block, of 0 excepted, has two
+/// endpoints. The maximum cannot pass 255.
 template <int shift>
 Bounds<Shorts> insetRounded(Bounds<Shorts> const& bounds) {
     Shorts const amount = (bounds.max - bounds.min) - ((1 << (shift - 1)) - 1);
@@ -221,7 +221,7 @@ inline std::array<Shorts, 2> chromaIndices(YCoCgPixels const& pixels, Steps cons
 
 /// The indices of the nearest colours of the palette, by the sum of the components' distances: 2 bits each as
 /// words, pixel 0 lowest.
-inline std::array<Shorts, 2> colourIndices(RgbPixels<Channel<Shorts>> const& rgb, Steps const& red,
+inline std::array<Shorts, 2> colourIndices(RgbPixels<Channel> const& rgb, Steps const& red,
                                            Steps const& green, Steps const& blue) {
     std::array<Shorts, 2> words{0, 0};
     unrolled<blockPixels>([&](auto i) {
@@ -242,7 +242,7 @@ inline std::array<Shorts, 2> colourIndices(RgbPixels<Channel<Shorts>> const& rgb
 struct YCoCgDxt5Encoder : Block<2> {
     using Values = Pairs;
 
-    static std::array<Piece<Shorts>, pieces> encode(RgbPixels<Values> const& rgb) {
+    static std::array<Piece, pieces> encode(RgbPixels<Values> const& rgb) {
         YCoCgPixels pixels = toYCoCg(rgb);
         auto const coBounds = boundsOf(pixels.co), cgBounds = boundsOf(pixels.cg);
         auto const luma = insetRounded<5>(boundsOf(pixels.y));
@@ -260,9 +260,9 @@ struct YCoCgDxt5Encoder : Block<2> {
 };
 
 struct Dxt1Encoder : Block<1> {
-    using Values = Channel<Shorts>;
+    using Values = Channel;
 
-    static std::array<Piece<Shorts>, pieces> encode(RgbPixels<Values> const& rgb) {
+    static std::array<Piece, pieces> encode(RgbPixels<Values> const& rgb) {
         auto const red = quantisedEndpoints<5>(inset(boundingBox(rgb.red)));
         auto const green = quantisedEndpoints<6>(inset(boundingBox(rgb.green)));
         auto const blue = quantisedEndpoints<5>(inset(boundingBox(rgb.blue)));

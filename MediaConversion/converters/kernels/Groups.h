@@ -45,8 +45,8 @@ void encodeInGroups(std::uint8_t const* pixels, std::size_t rowBytes, std::uint8
     if (rest == 0)
         return;
 
-    // The rest, less than two groups, is encoded elsewhere.
-    alignas(64) std::uint8_t lastPixels[Group::rows * 2 * groupBytes + tooMuch] = {};
+    // The rest, at most two groups, is encoded elsewhere.
+    std::uint8_t lastPixels[Group::rows * 2 * groupBytes + tooMuch] = {};
     std::uint8_t lastBlocks[2 * Group::blocks * Group::bytes];
     for (int row = 0; row < Group::rows; ++row)
         std::memcpy(lastPixels + row * 2 * groupBytes,
@@ -54,6 +54,30 @@ void encodeInGroups(std::uint8_t const* pixels, std::size_t rowBytes, std::uint8
                     rest * Group::blockRowBytes);
     encodeGroups<Group>(lastPixels, 2 * groupBytes, lastBlocks, rest > Group::blocks ? 2 : 1);
     std::memcpy(blocks + std::ptrdiff_t{encoded} * Group::bytes, lastBlocks, rest * Group::bytes);
+}
+
+/// A `DecodeRow`. A `Group` decodes a number of blocks at once and names it (`blocks`), the bytes that they
+/// take (`bytes`) and those that it reads behind them (`bytesBehind`), the rows of pixels that a block has
+/// (`rows`) and the bytes of each of them that it makes (`pixelBytes`).
+template <class Group>
+void decodeInGroups(std::uint8_t const* blocks, std::uint8_t* pixels, std::size_t rowBytes, int count) {
+    constexpr int blockBytes = Group::bytes / Group::blocks,
+                  blockPixelBytes = Group::pixelBytes / Group::blocks;
+    auto const groups = static_cast<int>(
+        std::max<std::ptrdiff_t>(std::ptrdiff_t{count} * blockBytes - Group::bytesBehind, 0) / Group::bytes);
+    Group::decode(blocks, pixels, rowBytes, groups);
+
+    // Nothing behind the row is read: the rest is decoded elsewhere.
+    for (int decoded = groups * Group::blocks; decoded < count; decoded += Group::blocks) {
+        int const rest = std::min(count - decoded, Group::blocks);
+        std::uint8_t lastBlocks[Group::bytes + Group::bytesBehind] = {};
+        std::uint8_t lastPixels[Group::rows * Group::pixelBytes];
+        std::memcpy(lastBlocks, blocks + std::ptrdiff_t{decoded} * blockBytes, rest * blockBytes);
+        Group::decode(lastBlocks, lastPixels, Group::pixelBytes, 1);
+        for (int row = 0; row < Group::rows; ++row)
+            std::memcpy(pixels + row * rowBytes + std::ptrdiff_t{decoded} * blockPixelBytes,
+                        lastPixels + row * Group::pixelBytes, rest * blockPixelBytes);
+    }
 }
 
 } // namespace

@@ -2,8 +2,9 @@
 //
 // A kernel converts one row of blocks and knows of nothing else. Its source is written once, over vectors
 // whose width the instruction set gives (Vectors.h). The unit of a set (KernelsAvx2.cpp and so on) compiles
-// all of it inside a region for that set's instructions; everything there has internal linkage, so that no
-// function with such instructions can replace one that the rest of the library calls.
+// all of it inside a region for that set's instructions; everything there has internal linkage, or is a
+// template of types that have, so that no function with such instructions can replace one that the rest of
+// the library calls.
 #pragma once
 
 #include <MediaConversion/MediaPipeline/FrameFormat.h>

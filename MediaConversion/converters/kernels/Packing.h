@@ -1,9 +1,9 @@
 // RGB to 10- and 12-bit samples packed to the bit.
 #pragma once
 
-#include <MediaConversion/converters/RgbBitLayouts.h>
 #include <MediaConversion/converters/kernels/EncodeRows.h>
 #include <MediaConversion/converters/kernels/Kernels.h>
+#include <MediaConversion/converters/kernels/RgbBitLayouts.h>
 
 namespace MediaConversion {
 namespace {
@@ -20,7 +20,7 @@ struct EncodeRgb {
 
     template <int, class Real, class Codes>
     static auto encode(std::array<Colours<Real>, columns> const& pixels, Codes& codes) {
-        BlockSamples<Layout, Ints> samples;
+        BlockSamples<Layout> samples;
         for (int i = 0; i < columns; ++i) {
             samples[3 * i + Order::red] = codes(pixels[i].red, Layout::bits);
             samples[3 * i + Order::green] = codes(pixels[i].green, Layout::bits);

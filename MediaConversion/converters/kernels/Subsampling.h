@@ -19,9 +19,9 @@
 #pragma once
 
 #include <MediaConversion/converters/ColourTransforms.h>
-#include <MediaConversion/converters/YCbCrBlocks.h>
 #include <MediaConversion/converters/kernels/EncodeRows.h>
 #include <MediaConversion/converters/kernels/Kernels.h>
+#include <MediaConversion/converters/kernels/YCbCrBlocks.h>
 
 namespace MediaConversion {
 namespace {
@@ -88,9 +88,9 @@ struct Encode422 {
             return codes(value, Block::bits, weight);
         };
         if constexpr (part == Part::luma)
-            return Block::pack(Codes422<Ints>{code(lumaOf(pixels[0])), 0, code(lumaOf(pixels[1])), 0});
+            return Block::pack(Codes422{code(lumaOf(pixels[0])), 0, code(lumaOf(pixels[1])), 0});
         auto const sum = chromaSum<Codes>(pixels);
-        return Block::pack(Codes422<Ints>{0, code(sum.cb, 0.5), 0, code(sum.cr, 0.5)});
+        return Block::pack(Codes422{0, code(sum.cb, 0.5), 0, code(sum.cr, 0.5)});
     }
 };
 
@@ -108,9 +108,9 @@ struct Encode420 {
         };
         auto const luma = [&](int pixel) { return code(lumaOf(pixels[pixel])); };
         if constexpr (part == Part::luma)
-            return EightBit420::pack(Codes420<Ints>{0, 0, luma(0), luma(1), luma(2), luma(3)});
+            return EightBit420::pack(Codes420{0, 0, luma(0), luma(1), luma(2), luma(3)});
         auto const sum = chromaSum<Codes>(pixels);
-        return EightBit420::pack(Codes420<Ints>{code(sum.cb, 0.25), code(sum.cr, 0.25), 0, 0, 0, 0});
+        return EightBit420::pack(Codes420{code(sum.cb, 0.25), code(sum.cr, 0.25), 0, 0, 0, 0});
     }
 };
 
@@ -127,10 +127,10 @@ struct Encode4224 {
         auto const luma = [&](int pixel) { return codes(lumaOf(pixels[pixel]), H::lumaBits); };
         auto const alpha = [&](int pixel) { return codes(pixels[pixel].alpha, H::alphaBits); };
         if constexpr (part == Part::luma)
-            return H::pack(Codes4224<Ints>{luma(0), luma(1), 0, 0, alpha(0), alpha(1)});
+            return H::pack(Codes4224{luma(0), luma(1), 0, 0, alpha(0), alpha(1)});
         auto const chroma = chromaOf(pixels[0], 0.5);
         return H::pack(
-            Codes4224<Ints>{0, 0, codes(chroma.cb, H::chromaBits), codes(chroma.cr, H::chromaBits), 0, 0});
+            Codes4224{0, 0, codes(chroma.cb, H::chromaBits), codes(chroma.cr, H::chromaBits), 0, 0});
     }
 };
 

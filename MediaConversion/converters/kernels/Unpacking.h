@@ -1,8 +1,8 @@
 // 10- and 12-bit samples packed to the bit to RGB.
 #pragma once
 
-#include <MediaConversion/converters/RgbBitLayouts.h>
 #include <MediaConversion/converters/kernels/DecodeRows.h>
+#include <MediaConversion/converters/kernels/RgbBitLayouts.h>
 
 namespace MediaConversion {
 namespace {

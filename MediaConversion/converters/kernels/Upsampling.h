@@ -2,9 +2,9 @@
 #pragma once
 
 #include <MediaConversion/converters/ColourTransforms.h>
-#include <MediaConversion/converters/YCbCrBlocks.h>
 #include <MediaConversion/converters/kernels/DecodeRows.h>
 #include <MediaConversion/converters/kernels/Fractions.h>
+#include <MediaConversion/converters/kernels/YCbCrBlocks.h>
 
 namespace MediaConversion {
 namespace {

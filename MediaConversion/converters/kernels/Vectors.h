@@ -1,6 +1,7 @@
-// Numbers side by side, as many as the instruction set's vectors hold: one for each of several blocks.
-// Operators work lane by lane; a number that stands beside a vector is the same in all lanes. They are no
-// friends defined in their class, to which g++ would not apply the instruction set of the region around it.
+// Numbers side by side, as many as the instruction set's vectors hold. Before this a unit includes the
+// Instructions*.h that names these vectors. Operators work lane by lane; a number that stands beside a vector
+// is the same in all lanes. They are no friends defined in their class, to which g++ would not apply the
+// instruction set of the region around it.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +11,7 @@
 namespace MediaConversion {
 namespace {
 
-/// Blocks that are converted at once.
+/// 32-bit numbers of a vector.
 constexpr int lanes = sizeof(IntVector) / sizeof(std::int32_t);
 
 /// The numbers of `low`, then those of `high`. By way of memory, in two pieces, it takes several times as
@@ -47,6 +48,7 @@ inline Ints operator|(Ints a, Ints b)   { return Ints(a.vector | b.vector); }
 inline Ints operator^(Ints a, Ints b)   { return Ints(a.vector ^ b.vector); }
 inline Ints operator<<(Ints a, int bits) { return Ints(IntVector(Ints::Unsigned(a.vector) << bits)); }
 inline Ints operator>>(Ints a, int bits) { return Ints(a.vector >> bits); }
+inline Ints lowBits(Ints a, int bits)   { return Ints(a.vector & ((1 << bits) - 1)); }
 inline Ints min(Ints a, Ints b)         { return Ints(a.vector < b.vector ? a.vector : b.vector); }
 inline Ints max(Ints a, Ints b)         { return Ints(a.vector > b.vector ? a.vector : b.vector); }
 /// Not 0 where it holds.

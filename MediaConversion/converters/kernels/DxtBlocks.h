@@ -18,11 +18,13 @@
 //                   |   p15   |   p14   |   p13   |  p12 |p11|p10 |   two words
 #pragma once
 
-#include <MediaConversion/converters/Words.h>
+#include <MediaConversion/converters/kernels/Shorts.h>
+#include <MediaConversion/converters/kernels/Words.h>
 
 #include <array>
 
 namespace MediaConversion::Dxt {
+namespace {
 
 /// Width and height of a block in pixels.
 constexpr int blockSize = 4;
@@ -35,60 +37,49 @@ struct Block {
     static constexpr int pieces = pieces_, bytes = pieces * pieceBytes, rows = blockSize, columns = blockSize;
 };
 
-/// 64 bits of a block as words. In all templates of the block compressions `Int` is a number, or a vector of
-/// them: one for each of several blocks. Pieces are read as two words of 32 bits.
-template <class Int>
-using Piece = std::array<Int, 4>;
+/// 64 bits of every block, as they are written. They are read as two words of 32 bits.
+using Piece = std::array<Shorts, 4>;
 
-/// One number for each pixel of a block: a channel, or the pixels' indices.
-template <class Int>
-using Channel = std::array<Int, blockPixels>;
+/// One channel: a number for each pixel of a block.
+using Channel = std::array<Shorts, blockPixels>;
 
 /// The colours of endpoints: 5, 6 and 5 bits.
 struct Rgb565 {
     /// The high bits of 8-bit components.
-    template <class Int>
-    static Int pack(Int const& red, Int const& green, Int const& blue) {
+    static Shorts pack(Shorts const& red, Shorts const& green, Shorts const& blue) {
         return ((red >> 3) << 11) | ((green >> 2) << 5) | (blue >> 3);
     }
     // clang-format off
-    template <class Int> static Int red(Int const& word)   { return word >> 11 & 31; }
-    template <class Int> static Int green(Int const& word) { return word >> 5 & 63; }
-    template <class Int> static Int blue(Int const& word)  { return word & 31; }
+    static Shorts red(Shorts const& word)   { return word >> 11 & 31; }
+    static Shorts green(Shorts const& word) { return word >> 5 & 63; }
+    static Shorts blue(Shorts const& word)  { return word & 31; }
     // clang-format on
 };
 
 struct ColourPiece {
-    template <class Int>
-    static Piece<Int> pack(Int const& endpoint0, Int const& endpoint1, std::array<Int, 2> const& indices) {
+    static Piece pack(Shorts const& endpoint0, Shorts const& endpoint1,
+                      std::array<Shorts, 2> const& indices) {
         return {endpoint0, endpoint1, indices[0], indices[1]};
     }
     /// Both endpoints, the first one in the lower 16 bits.
-    template <class Int>
-    static Int endpoints(std::array<Int, 2> const& piece) {
-        return piece[0];
-    }
+    static Ints endpoints(std::array<Ints, 2> const& piece) { return piece[0]; }
     /// The indices of all pixels, that of pixel i from bit 2 i on.
-    template <class Int>
-    static Int indices(std::array<Int, 2> const& piece) {
-        return piece[1];
-    }
+    static Ints indices(std::array<Ints, 2> const& piece) { return piece[1]; }
 };
 
 struct LumaPiece {
-    template <class Int>
-    static Piece<Int> pack(Int const& endpoint0, Int const& endpoint1, std::array<Int, 3> const& indices) {
+    static Piece pack(Shorts const& endpoint0, Shorts const& endpoint1,
+                      std::array<Shorts, 3> const& indices) {
         return {endpoint0 | (endpoint1 << 8), indices[0], indices[1], indices[2]};
     }
-    template <class Int>
-    static Int endpoint(std::array<Int, 2> const& piece, int number) {
+    static Ints endpoint(std::array<Ints, 2> const& piece, int number) {
         return piece[0] >> (8 * number) & 0xff;
     }
     /// The indices of the pixels from `pixel` on: 3 bits each, as many as 32 bits take.
-    template <class Int>
-    static Int indicesFrom(std::array<Int, 2> const& piece, int pixel) {
+    static Ints indicesFrom(std::array<Ints, 2> const& piece, int pixel) {
         return wordAt(piece, 16 + 3 * pixel);
     }
 };
 
+} // namespace
 } // namespace MediaConversion::Dxt

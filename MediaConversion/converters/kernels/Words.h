@@ -1,29 +1,33 @@
-// Bytes as 32-bit words, the lowest byte first. `Int` is a number, or a vector of them.
+// Bytes as 32-bit words, the lowest byte first.
 #pragma once
+
+#include <MediaConversion/converters/kernels/Vectors.h>
 
 #include <array>
 #include <cstddef>
 
 namespace MediaConversion {
+namespace {
 
 /// The 32 bits from bit `bit` on; those behind the last word are 0.
-template <class Int, std::size_t count>
-Int wordAt(std::array<Int, count> const& words, int bit) {
+template <std::size_t count>
+Ints wordAt(std::array<Ints, count> const& words, int bit) {
     std::size_t const word = bit / 32;
     int const shift = bit % 32;
     if (shift == 0)
         return words[word];
-    Int const low = (words[word] >> shift) & static_cast<int>(0xffffffffu >> shift);
+    Ints const low = (words[word] >> shift) & static_cast<int>(0xffffffffu >> shift);
     return word + 1 < count ? low | words[word + 1] << (32 - shift) : low;
 }
 
 /// The words of what begins at bit `bit`.
-template <std::size_t resultCount, class Int, std::size_t count>
-std::array<Int, resultCount> wordsAt(std::array<Int, count> const& words, int bit) {
-    std::array<Int, resultCount> result;
+template <std::size_t resultCount, std::size_t count>
+std::array<Ints, resultCount> wordsAt(std::array<Ints, count> const& words, int bit) {
+    std::array<Ints, resultCount> result;
     for (std::size_t i = 0; i < resultCount; ++i)
         result[i] = wordAt(words, bit + 32 * static_cast<int>(i));
     return result;
 }
 
+} // namespace
 } // namespace MediaConversion

@@ -8,12 +8,13 @@
 
 #include <MediaConversion/MediaPipeline/FrameFormat.h>
 #include <MediaConversion/converters/PixelTypes.h>
-#include <MediaConversion/converters/Words.h>
+#include <MediaConversion/converters/kernels/Words.h>
 
 #include <array>
 #include <iterator>
 
 namespace MediaConversion {
+namespace {
 
 /// Which byte of a word comes first in memory.
 enum class FirstByte { Least, Most };
@@ -61,33 +62,33 @@ struct SmpteSt2110 {
     static constexpr auto bgrFormat = Zentrel::PackedFrameFormat::BGR_SMPTE_2110_U12;
 };
 
-/// The samples of a block, pixel by pixel. `Int` is a number, or a vector of them.
-template <class Layout, class Int>
-using BlockSamples = std::array<Int, 3 * Layout::pixels>;
+/// The samples of a block, pixel by pixel.
+template <class Layout>
+using BlockSamples = std::array<Ints, 3 * Layout::pixels>;
 
 template <class Layout>
 constexpr int blockBytes = Layout::wordBytes * 3 * Layout::pixels /
                            static_cast<int>(std::size(Layout::lowestBits));
 
 /// A layout's word, of which the byte that comes first in memory is to be the lowest.
-template <class Layout, class Int>
-Int firstByteLowest(Int const& word) {
+template <class Layout>
+Ints firstByteLowest(Ints const& word) {
     if constexpr (Layout::firstByte == FirstByte::Least)
         return word;
-    Int bytes = 0;
+    Ints bytes = 0;
     for (int byte = 0; byte < Layout::wordBytes; ++byte)
         bytes = bytes | ((word >> (8 * (Layout::wordBytes - 1 - byte))) & 0xff) << (8 * byte);
     return bytes;
 }
 
 /// The block as 32-bit words, the lowest byte first; of the last word the block may take fewer bytes.
-template <class Layout, class Int>
-std::array<Int, (blockBytes<Layout> + 3) / 4> packBlock(BlockSamples<Layout, Int> const& samples) {
-    std::array<Int, (blockBytes<Layout> + 3) / 4> block;
+template <class Layout>
+std::array<Ints, (blockBytes<Layout> + 3) / 4> packBlock(BlockSamples<Layout> const& samples) {
+    std::array<Ints, (blockBytes<Layout> + 3) / 4> block;
     block.fill(0);
     auto sample = samples.begin();
     for (int bit = 0; sample != samples.end(); bit += 8 * Layout::wordBytes) {
-        Int word = 0;
+        Ints word = 0;
         for (int const lowestBit : Layout::lowestBits)
             word = word | *sample++ << lowestBit;
         word = firstByteLowest<Layout>(word);
@@ -99,16 +100,17 @@ std::array<Int, (blockBytes<Layout> + 3) / 4> packBlock(BlockSamples<Layout, Int
 }
 
 /// The samples of a block, from its words as `packBlock` gives them.
-template <class Layout, class Int>
-BlockSamples<Layout, Int> unpackBlock(std::array<Int, (blockBytes<Layout> + 3) / 4> const& block) {
-    BlockSamples<Layout, Int> samples;
+template <class Layout>
+BlockSamples<Layout> unpackBlock(std::array<Ints, (blockBytes<Layout> + 3) / 4> const& block) {
+    BlockSamples<Layout> samples;
     auto sample = samples.begin();
     for (int bit = 0; sample != samples.end(); bit += 8 * Layout::wordBytes) {
-        Int const word = firstByteLowest<Layout>(wordAt(block, bit)); // undoes itself
+        Ints const word = firstByteLowest<Layout>(wordAt(block, bit)); // undoes itself
         for (int const lowestBit : Layout::lowestBits)
             *sample++ = word >> lowestBit & Layout::Depth::fullScale;
     }
     return samples;
 }
 
+} // namespace
 } // namespace MediaConversion

@@ -2,35 +2,30 @@
 // chroma codes lie in memory.
 //
 // `pack` makes the words of a block from its codes and `unpack` the codes from the words: 32 bits each, the
-// lowest byte first; of the last word the format may take fewer. `Int` is a number, or a vector of them. In
-// the diagrams bytes stand in the order of memory, each with its most significant bit on the left.
+// lowest byte first; of the last word the format may take fewer. In the diagrams bytes stand in the order of
+// memory, each with its most significant bit on the left.
 #pragma once
+
+#include <MediaConversion/converters/kernels/Vectors.h>
 
 #include <array>
 
 namespace MediaConversion {
-
-template <int bits, class Int>
-Int lowBits(Int const& code) {
-    return code & ((1 << bits) - 1);
-}
+namespace {
 
 /// The codes of a left pixel (0) and a right one (1) with common chroma.
-template <class Int>
 struct Codes422 {
-    Int y0, cb, y1, cr;
+    Ints y0, cb, y1, cr;
 };
 
 /// The codes of a square of pixels with common chroma: top left, top right, bottom left, bottom right.
-template <class Int>
 struct Codes420 {
-    Int cb, cr, y00, y01, y10, y11;
+    Ints cb, cr, y00, y01, y10, y11;
 };
 
 /// The codes of a left pixel (0) and a right one (1) with common chroma and an alpha each.
-template <class Int>
 struct Codes4224 {
-    Int y0, y1, cb, cr, a0, a1;
+    Ints y0, y1, cb, cr, a0, a1;
 };
 
 /// 8-bit 4:2:2.
@@ -40,14 +35,12 @@ struct Codes4224 {
 struct Yuyv422 {
     static constexpr int bits = 8, fullScale = 255, bytes = 4;
 
-    template <class Int>
-    static std::array<Int, 1> pack(Codes422<Int> const& codes) {
+    static std::array<Ints, 1> pack(Codes422 const& codes) {
         return {codes.y0 | codes.cb << 8 | codes.y1 << 16 | codes.cr << 24};
     }
-    template <class Int>
-    static Codes422<Int> unpack(std::array<Int, 1> const& words) {
+    static Codes422 unpack(std::array<Ints, 1> const& words) {
         auto const [word] = words;
-        return {lowBits<8>(word), lowBits<8>(word >> 8), lowBits<8>(word >> 16), lowBits<8>(word >> 24)};
+        return {lowBits(word, 8), lowBits(word >> 8, 8), lowBits(word >> 16, 8), lowBits(word >> 24, 8)};
     }
 };
 
@@ -58,19 +51,17 @@ struct Yuyv422 {
 struct TenBit422 {
     static constexpr int bits = 10, fullScale = 1023, bytes = 5;
 
-    template <class Int>
-    static std::array<Int, 2> pack(Codes422<Int> const& codes) {
+    static std::array<Ints, 2> pack(Codes422 const& codes) {
         auto const [y0, cb, y1, cr] = codes;
         return {(cb >> 2) | (y0 >> 2) << 8 | (cr >> 2) << 16 | (y1 >> 2) << 24,
-                lowBits<2>(cb) << 6 | lowBits<2>(y0) << 4 | lowBits<2>(cr) << 2 | lowBits<2>(y1)};
+                lowBits(cb, 2) << 6 | lowBits(y0, 2) << 4 | lowBits(cr, 2) << 2 | lowBits(y1, 2)};
     }
-    template <class Int>
-    static Codes422<Int> unpack(std::array<Int, 2> const& words) {
+    static Codes422 unpack(std::array<Ints, 2> const& words) {
         auto const [upper, lower] = words;
-        return {lowBits<8>(upper >> 8) << 2 | lowBits<2>(lower >> 4),
-                lowBits<8>(upper) << 2 | lowBits<2>(lower >> 6),
-                lowBits<8>(upper >> 24) << 2 | lowBits<2>(lower),
-                lowBits<8>(upper >> 16) << 2 | lowBits<2>(lower >> 2)};
+        return {lowBits(upper >> 8, 8) << 2 | lowBits(lower >> 4, 2),
+                lowBits(upper, 8) << 2 | lowBits(lower >> 6, 2),
+                lowBits(upper >> 24, 8) << 2 | lowBits(lower, 2),
+                lowBits(upper >> 16, 8) << 2 | lowBits(lower >> 2, 2)};
     }
 };
 
@@ -78,10 +69,9 @@ struct TenBit422 {
 struct TenBit422UpperBytes {
     static constexpr int bits = 8, fullScale = 255, bytes = 5;
 
-    template <class Int>
-    static Codes422<Int> unpack(std::array<Int, 2> const& words) {
+    static Codes422 unpack(std::array<Ints, 2> const& words) {
         auto const [upper, lower] = words;
-        return {lowBits<8>(upper >> 8), lowBits<8>(upper), lowBits<8>(upper >> 24), lowBits<8>(upper >> 16)};
+        return {lowBits(upper >> 8, 8), lowBits(upper, 8), lowBits(upper >> 24, 8), lowBits(upper >> 16, 8)};
     }
 };
 
@@ -92,16 +82,14 @@ struct TenBit422UpperBytes {
 struct EightBit420 {
     static constexpr int bits = 8, fullScale = 255, bytes = 6;
 
-    template <class Int>
-    static std::array<Int, 2> pack(Codes420<Int> const& codes) {
+    static std::array<Ints, 2> pack(Codes420 const& codes) {
         auto const [cb, cr, y00, y01, y10, y11] = codes;
         return {cb | cr << 8 | y00 << 16 | y01 << 24, y10 | y11 << 8};
     }
-    template <class Int>
-    static Codes420<Int> unpack(std::array<Int, 2> const& words) {
+    static Codes420 unpack(std::array<Ints, 2> const& words) {
         auto const [first, second] = words;
-        return {lowBits<8>(first),       lowBits<8>(first >> 8), lowBits<8>(first >> 16),
-                lowBits<8>(first >> 24), lowBits<8>(second),     lowBits<8>(second >> 8)};
+        return {lowBits(first, 8),       lowBits(first >> 8, 8), lowBits(first >> 16, 8),
+                lowBits(first >> 24, 8), lowBits(second, 8),     lowBits(second >> 8, 8)};
     }
 };
 
@@ -114,17 +102,16 @@ struct Hybrid4224 {
     static constexpr int lumaBits = 12, chromaBits = 10, alphaBits = 10;
     static constexpr int lumaScale = 4095, chromaScale = 1023, alphaScale = 1023, bytes = 8;
 
-    template <class Int>
-    static std::array<Int, 2> pack(Codes4224<Int> const& codes) {
+    static std::array<Ints, 2> pack(Codes4224 const& codes) {
         auto const [y0, y1, cb, cr, a0, a1] = codes;
         return {cr << 22 | y1 << 10 | a1, a0 << 22 | y0 << 10 | cb};
     }
-    template <class Int>
-    static Codes4224<Int> unpack(std::array<Int, 2> const& words) {
+    static Codes4224 unpack(std::array<Ints, 2> const& words) {
         auto const [right, left] = words;
-        return {lowBits<12>(left >> 10),  lowBits<12>(right >> 10), lowBits<10>(left),
-                lowBits<10>(right >> 22), lowBits<10>(left >> 22),  lowBits<10>(right)};
+        return {lowBits(left >> 10, 12),  lowBits(right >> 10, 12), lowBits(left, 10),
+                lowBits(right >> 22, 10), lowBits(left >> 22, 10),  lowBits(right, 10)};
     }
 };
 
+} // namespace
 } // namespace MediaConversion
