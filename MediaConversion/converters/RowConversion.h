@@ -17,7 +17,7 @@ inline Zentrel::PackedFrame convertRows(Zentrel::FullFrame const& source,
     cv::Mat to = packed.image();
     int const blockRows = static_cast<int>(destination.pixelPacking.pixels().rows);
     parallelRows(to.rows, [&](int row) {
-        kernel.encodeRow(from.ptr(row * blockRows), from.step[0], to.ptr(row), to.cols);
+        kernel.convertRow(from.ptr(row * blockRows), from.step[0], to.ptr(row), to.cols);
     });
     return packed;
 }
@@ -29,7 +29,7 @@ inline Zentrel::FullFrame convertRows(Zentrel::PackedFrame const& source,
     cv::Mat to = full.image();
     int const blockRows = static_cast<int>(source.format().pixelPacking.pixels().rows);
     parallelRows(from.rows, [&](int row) {
-        kernel.decodeRow(from.ptr(row), to.ptr(row * blockRows), to.step[0], from.cols);
+        kernel.convertRow(from.ptr(row), to.ptr(row * blockRows), to.step[0], from.cols);
     });
     return full;
 }

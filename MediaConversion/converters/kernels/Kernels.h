@@ -18,37 +18,30 @@ namespace MediaConversion {
 /// each further one `rowBytes` behind the one before.
 using EncodeRow = void (*)(std::uint8_t const* pixels, std::size_t rowBytes, std::uint8_t* blocks, int count);
 
-/// A row of the tables of conversions.
-struct RowEncoder {
-    Zentrel::FrameFormat (*source)();
-    Zentrel::FrameFormat (*destination)();
-    EncodeRow encodeRow;
-};
-
-/// A table, whose rows stand in the same order for all instruction sets.
-struct RowEncoders {
-    RowEncoder const* rows;
-    int count;
-};
-
 /// Makes the pixels of `count` blocks: one or several rows, of which the first starts at `pixels` and each
 /// further one `rowBytes` behind the one before.
 using DecodeRow = void (*)(std::uint8_t const* blocks, std::uint8_t* pixels, std::size_t rowBytes, int count);
 
-struct RowDecoder {
+/// A row of the tables of conversions.
+template <class ConvertRow>
+struct Conversion {
     Zentrel::FrameFormat (*source)();
     Zentrel::FrameFormat (*destination)();
-    DecodeRow decodeRow;
+    ConvertRow convertRow;
 };
+using RowEncoder = Conversion<EncodeRow>;
+using RowDecoder = Conversion<DecodeRow>;
 
-struct RowDecoders {
-    RowDecoder const* rows;
+/// A table, whose rows stand in the same order for all instruction sets.
+template <class ConvertRow>
+struct Conversions {
+    Conversion<ConvertRow> const* rows;
     int count;
 };
 
 struct Kernels {
-    RowEncoders packing, subsampling, compression;
-    RowDecoders unpacking, upsampling, decompression;
+    Conversions<EncodeRow> packing, subsampling, compression;
+    Conversions<DecodeRow> unpacking, upsampling, decompression;
 };
 
 extern Kernels const plainKernels, avx2Kernels, avx512Kernels;

@@ -49,7 +49,7 @@ std::vector<std::uint8_t> decodedWithGuards(RowDecoder const& decoder, int count
     std::size_t const rowBytes =
         count * packing.pixels().columns * decoder.destination().pixelPacking.bytes() + guardBytes;
     std::vector<std::uint8_t> pixels(packing.pixels().rows * rowBytes, 0xa5);
-    decoder.decodeRow(blocks.data(), pixels.data(), rowBytes, count);
+    decoder.convertRow(blocks.data(), pixels.data(), rowBytes, count);
     for (std::size_t end = rowBytes; end <= pixels.size(); end += rowBytes)
         EXPECT_EQ(std::count(pixels.begin() + (end - guardBytes), pixels.begin() + end, 0xa5),
                   std::ptrdiff_t{guardBytes});
@@ -62,7 +62,7 @@ std::vector<std::uint8_t> encodedWithGuards(RowEncoder const& encoder, int count
     std::size_t const rowBytes = count * packing.pixels().columns * encoder.source().pixelPacking.bytes();
     auto const pixels = randomBytes(packing.pixels().rows * rowBytes);
     std::vector<std::uint8_t> blocks(count * packing.bytes() + guardBytes, 0xa5);
-    encoder.encodeRow(pixels.data(), rowBytes, blocks.data(), count);
+    encoder.convertRow(pixels.data(), rowBytes, blocks.data(), count);
     EXPECT_EQ(std::count(blocks.end() - guardBytes, blocks.end(), 0xa5), std::ptrdiff_t{guardBytes});
     return blocks;
 }
