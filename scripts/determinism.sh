@@ -2,13 +2,14 @@
 # Converts a fixed picture to all nine formats with programs from several compilers and optimisation levels, and
 # compares the bytes with stored checksums.
 #
-#   scripts/determinism.sh             g++ and clang++ with -O0, -O2 and -O3, with every instruction set of the machine
+#   scripts/determinism.sh             g++, g++-11 and clang++ with -O0, -O2 and -O3, with every instruction set of the
+#                                      machine
 #   scripts/determinism.sh --aarch64   also for another processor, in emulation; needs g++-aarch64-linux-gnu and
 #                                      qemu-user-static, and takes that processor's libraries from Debian's archive
 set -euo pipefail
 
 cd "$(dirname "$0")/.."
-scripts/install-dependencies.sh build fuzz
+scripts/install-dependencies.sh build compilers
 build=build/determinism
 sources=(tests/determinism/NineOutputs.cpp MediaConversion/MediaPipeline/*.cpp MediaConversion/converters/*.cpp
     MediaConversion/converters/kernels/*.cpp)
@@ -25,7 +26,7 @@ make_program() {
     "${@:2}" "$objects"/*.o "${libraries[@]}" -lopencv_imgproc -lopencv_core -pthread -o "$build/$1.program"
 }
 
-for compiler in g++ clang++; do
+for compiler in g++ g++-11 clang++; do
     for level in -O0 -O2 -O3; do
         echo "$compiler $level"
         libraries=()

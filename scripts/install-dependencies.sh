@@ -10,6 +10,7 @@ build=(g++ cmake ninja-build libopencv-dev libopenimageio-dev openimageio-tools 
 test=(libgtest-dev libgmock-dev libsquish-dev python3-openimageio python3-numpy)
 bench=(libbenchmark-dev)
 fuzz=(clang libclang-rt-14-dev)
+compilers=(g++-11 clang) # besides the one that builds
 farm=(slurmctld slurmd slurm-client munge)
 coverage=(gcovr)
 peers=(ffmpeg libswscale-dev libavcodec-dev libavutil-dev libzimg-dev pkg-config) # to compare with
@@ -17,12 +18,12 @@ peers=(ffmpeg libswscale-dev libavcodec-dev libavutil-dev libzimg-dev pkg-config
 wanted=()
 for group in "$@"; do
     case $group in
-    build | test | bench | fuzz | farm | coverage | peers)
+    build | test | bench | fuzz | compilers | farm | coverage | peers)
         declare -n packages=$group
         wanted+=("${packages[@]}")
         ;;
     *)
-        echo "$0: unknown group \"$group\": expected build, test, bench, fuzz, farm, coverage or peers" >&2
+        echo "$0: unknown group \"$group\": expected build, test, bench, fuzz, compilers, farm, coverage or peers" >&2
         exit 2
         ;;
     esac
