@@ -22,11 +22,16 @@ using BlockWords = std::array<Ints, (bytes + 3) / 4>;
 
 // Blocks are loaded and stored in quads of four words, or with shuffles of whole vectors. What is faster was
 // measured: vectors of 16 bytes cannot shuffle well enough, those of 32 bytes can for storing only, and for
-// blocks made of quads shuffles are never better.
+// blocks made of quads shuffles are never better. Blocks of two words are moved in pairs, two in each quad,
+// by vectors that load quads, and stored so by those of 32 bytes.
 template <int bytes>
 constexpr bool loadedInQuads = lanes < 16 || bytes % 16 == 0;
 template <int bytes>
 constexpr bool storedInQuads = lanes == 4 || bytes % 16 == 0;
+template <int bytes>
+constexpr bool loadedInPairs = lanes < 16 && bytes == 8;
+template <int bytes>
+constexpr bool storedInPairs = lanes == 8 && bytes > 4 && bytes < 8;
 
 // Quads: squares of four words are transposed.
 
@@ -48,6 +53,27 @@ inline std::array<FloatVector, 4> transposed(FloatVector a, FloatVector b, Float
     FloatVector const ab23 = quadsOf<2, 6, 3, 7>(a, b), cd23 = quadsOf<2, 6, 3, 7>(c, d);
     return {quadsOf<0, 1, 4, 5>(ab01, cd01), quadsOf<2, 3, 6, 7>(ab01, cd01), //
             quadsOf<0, 1, 4, 5>(ab23, cd23), quadsOf<2, 3, 6, 7>(ab23, cd23)};
+}
+
+/// The words of blocks of two: `even` has the first two of every four blocks in a quad, `odd` the others.
+inline std::array<Ints, 2> firstAndSecond(FloatVector even, FloatVector odd) {
+    return {Ints(reinterpret_cast<IntVector>(quadsOf<0, 2, 4, 6>(even, odd))),
+            Ints(reinterpret_cast<IntVector>(quadsOf<1, 3, 5, 7>(even, odd)))};
+}
+
+/// In each quad the first `bytes` bytes of its halves side by side.
+template <int bytes, int... i>
+ByteVector closedUp(FloatVector quads, std::integer_sequence<int, i...>) {
+    auto const halves = reinterpret_cast<ByteVector>(quads);
+    return shuffled<(i % 16 < 2 * bytes ? i / 16 * 16 + i % 16 / bytes * 8 + i % 16 % bytes : i)...>(halves,
+                                                                                                     halves);
+}
+
+/// One quad of several. By way of memory it takes longer.
+template <int number>
+auto quadOf(ByteVector quads) {
+    auto const halves = reinterpret_cast<VectorOf<std::int64_t, sizeof quads>>(quads);
+    return VectorOf<std::int64_t, 16>{halves[2 * number], halves[2 * number + 1]};
 }
 
 /// Half `half` (0, 1) of each quad of two vectors whose numbers take turns.
@@ -138,8 +164,9 @@ Vector gathered(std::array<Vector, count> const& from) {
 
 /// How many bytes `loadBlocks` reads: some more than the blocks have.
 template <int bytes>
-constexpr int loadedBytes = loadedInQuads<bytes> ? (lanes - 1) * bytes + (bytes + 15) / 16 * 16
-                                                 : lanes*((bytes + 3) / 4 * 4);
+constexpr int loadedBytes = loadedInPairs<bytes>   ? lanes* bytes
+                            : loadedInQuads<bytes> ? (lanes - 1) * bytes + (bytes + 15) / 16 * 16
+                                                   : lanes*((bytes + 3) / 4 * 4);
 
 // Arrays of vectors are indexed with constants and copied without memcpy: by way of memory all of this takes
 // up to twice as long.
@@ -161,6 +188,8 @@ BlockWords<bytes> loadBlocks(std::uint8_t const* blocks) {
             words[i] = Ints(reinterpret_cast<IntVector>(inOrder<quads, i / 4>(
                 columns[0][i % 4], columns[quads - 1][i % 4], std::make_integer_sequence<int, lanes>())));
         });
+    } else if constexpr (loadedInPairs<bytes>) {
+        return firstAndSecond(loadQuads(blocks, 32), loadQuads(blocks + 16, 32));
     } else if constexpr (loadedInQuads<bytes>) {
         unrolled<(bytes + 15) / 16>([&](auto number) {
             auto const quads = [&](int i) { return loadQuads(blocks + i * bytes + number * 16, 4 * bytes); };
@@ -193,7 +222,19 @@ template <int bytes>
 void storeBlocks(BlockWords<bytes> const& words, std::uint8_t* blocks) {
     constexpr int count = (bytes + 3) / 4;
     if constexpr (bytes == 4) {
-        std::memcpy(blocks, words.data(), sizeof words);
+        IntVector const vector = words[0].vector;
+        std::memcpy(blocks, &vector, sizeof vector);
+    } else if constexpr (storedInPairs<bytes>) {
+        auto const first = reinterpret_cast<FloatVector>(words[0].vector),
+                   second = reinterpret_cast<FloatVector>(words[1].vector);
+        using Numbers = std::make_integer_sequence<int, 4 * lanes>;
+        ByteVector const even = closedUp<bytes>(quadsOf<0, 4, 1, 5>(first, second), Numbers()),
+                         odd = closedUp<bytes>(quadsOf<2, 6, 3, 7>(first, second), Numbers());
+        // What is too much of a quad is overwritten by the next one.
+        unrolled<lanes / 2>([&](auto pair) {
+            auto const quad = quadOf<pair / 2>(pair % 2 == 0 ? even : odd);
+            std::memcpy(blocks + 2 * pair * bytes, &quad, std::min(16, (lanes - 2 * pair) * bytes));
+        });
     } else if constexpr (storedInQuads<bytes>) {
         FloatVector rows[4] = {};
         unrolled<count>([&](auto i) { rows[i] = reinterpret_cast<FloatVector>(words[i].vector); });
