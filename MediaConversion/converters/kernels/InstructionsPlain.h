@@ -28,7 +28,10 @@ inline IntVector truncated(FloatVector a) {
 }
 
 /// Whether any of the numbers is zero.
-inline bool anyZero(IntVector a) { return a[0] == 0 || a[1] == 0 || a[2] == 0 || a[3] == 0; }
+inline bool anyZero(IntVector a) {
+    auto const isZero = reinterpret_cast<VectorOf<std::int64_t, 16>>(a == 0);
+    return (isZero[0] | isZero[1]) != 0;
+}
 
 /// Limited to 0..255.
 inline ByteVector limitedSum(ByteVector a, ByteVector b) {
