@@ -4,6 +4,7 @@
 // - the rows and columns of pixels in a block, and its bytes,
 // - `errorUnits`, how far its values may be off in single precision (Codes.h),
 // - `limits`, which depths of samples it limits to their full scale,
+// - `weightScale<part>`, the denominator of the weights that it gives to samples, 0 if it gives none,
 // - `SameDepth`, the depth of samples that are its codes already, or void,
 // - `parts`, the number of parts of a block that are rounded on their own: neutral pixels have chroma that
 //   single precision never rounds with certainty, but that is no reason to make their luma twice.
@@ -12,6 +13,7 @@
 #pragma once
 
 #include <MediaConversion/converters/PixelTypes.h>
+#include <MediaConversion/converters/kernels/BytePixels.h>
 #include <MediaConversion/converters/kernels/Codes.h>
 #include <MediaConversion/converters/kernels/Fractions.h>
 #include <MediaConversion/converters/kernels/Groups.h>
@@ -73,11 +75,23 @@ Colours<Real> coloursOf(std::array<Ints, count> const& words, int pixel) {
     return colours;
 }
 
+/// In single precision. The factor that makes codes of integers is rounded, which costs one unit more.
+template <class Format, class Source>
+constexpr int errorUnits =
+    Format::errorUnits << (!std::is_same_v<typename Source::Depth, F32> + isAboveOne<Source, Format>);
+
 /// The pixels of blocks side by side.
 template <class Format, class Source>
 class BlockPixels {
 public:
     static constexpr int rowBytes = Format::columns * sizeof(Source);
+
+    /// How codes are first made of them.
+    template <int>
+    using Codes =
+        std::conditional_t<std::is_same_v<typename Source::Depth, typename Format::SameDepth>, SampleCodes,
+                           SingleCodes<static_cast<int>(Source::Depth::fullScale), errorUnits<Format, Source>,
+                                       isAboveOne<Source, Format>>>;
 
     BlockPixels(std::uint8_t const* pixels, std::size_t stride) {
         unrolled<Format::rows>([&](auto row) { words[row] = loadBlocks<rowBytes>(pixels + row * stride); });
@@ -93,25 +107,65 @@ public:
         return Format::template encode<part>(colours, codes);
     }
 
+    template <int part>
+    auto exact() const {
+        DoubleCodes codes;
+        return encode<part>(codes);
+    }
+
 private:
     std::array<BlockWords<rowBytes>, Format::rows> words;
 };
 
-/// In single precision. The factor that makes codes of integers is rounded, which costs one unit more.
+/// The same of 8-bit samples to which the format gives weights: their sums are made with integers.
 template <class Format, class Source>
-constexpr int errorUnits =
-    Format::errorUnits << (!std::is_same_v<typename Source::Depth, F32> + isAboveOne<Source, Format>);
+class BlockBytes {
+public:
+    static constexpr int rowBytes = Format::columns * sizeof(Source);
 
-/// How the codes of a format are first made from a source.
-template <class Format, class Source>
-using FirstCodes =
-    std::conditional_t<std::is_same_v<typename Source::Depth, typename Format::SameDepth>, SampleCodes,
-                       SingleCodes<static_cast<int>(Source::Depth::fullScale), errorUnits<Format, Source>,
-                                   isAboveOne<Source, Format>>>;
+    /// Values are sums, off by nothing or by one rounding; then there are those of all codes.
+    template <int part>
+    using Codes = SingleCodes<U8::fullScale * Format::template weightScale<part>, 4, false>;
+
+    BlockBytes(std::uint8_t const* pixels, std::size_t stride) : pixels(pixels), stride(stride) {
+        static_assert(Format::columns == 2);
+        unrolled<Format::rows>([&](auto row) {
+            auto const words = loadPixelPairs<Source>(pixels + row * stride);
+            colours[2 * row] = Pixel(words[0]);
+            colours[2 * row + 1] = Pixel(words[1]);
+        });
+    }
+
+    template <int part, class Codes>
+    auto encode(Codes& codes) const {
+        return Format::template encode<part>(colours, codes);
+    }
+
+    template <int part>
+    BlockWords<Format::bytes> exact() const {
+        return exact<part>(pixels, stride);
+    }
+
+private:
+    using Pixel = BytePixel<typename Source::Order>;
+
+    /// Away from what is done nearly always, from which it would take registers.
+    template <int part>
+    [[gnu::flatten, gnu::noinline]] static BlockWords<Format::bytes> exact(std::uint8_t const* pixels,
+                                                                           std::size_t stride) {
+        return BlockPixels<Format, Source>(pixels, stride).template exact<part>();
+    }
+
+    std::uint8_t const* pixels;
+    std::size_t stride;
+    std::array<Pixel, 2 * Format::rows> colours;
+};
 
 template <class Format, class Source>
 struct RoundedGroup {
-    using Pixels = BlockPixels<Format, Source>;
+    static constexpr bool weighsBytes =
+        std::is_same_v<typename Source::Depth, U8> && Format::template weightScale<0> != 0;
+    using Pixels = std::conditional_t<weighsBytes, BlockBytes<Format, Source>, BlockPixels<Format, Source>>;
     static constexpr int blocks = lanes, rows = Format::rows, blockRowBytes = Pixels::rowBytes,
                          readBytes = loadedBytes<blockRowBytes>, bytes = Format::bytes;
 
@@ -128,11 +182,11 @@ struct RoundedGroup {
 private:
     template <int part>
     static auto rounded(Pixels const& source) {
-        FirstCodes<Format, Source> codes;
+        typename Pixels::template Codes<part> codes;
         auto words = source.template encode<part>(codes);
         if (__builtin_expect(!codes.certain(), false)) {
-            DoubleCodes exactCodes;
-            words = source.template encode<part>(exactCodes);
+            auto const exact = source.template exact<part>();
+            unrolled<sizeof words / sizeof words[0]>([&](auto i) { words[i] = exact[i]; });
         }
         return words;
     }

@@ -13,6 +13,8 @@ template <class Layout, class Order>
 struct EncodeRgb {
     static constexpr int rows = 1, columns = Layout::pixels, bytes = blockBytes<Layout>, errorUnits = 1,
                          parts = 1;
+    template <int>
+    static constexpr int weightScale = 0;
     /// A sample of this depth stays as it is, out of range too; others are limited.
     using SameDepth = typename Layout::Depth;
     template <class Depth>

@@ -16,6 +16,10 @@
 // exact; the rounding of the factor that makes their codes costs at most 1 instead. Units are then those of
 // their full scale, which is a power of two or one less: roundings are as large as above, or larger by at
 // most 1/255.
+//
+// Of 8-bit samples the weighted sums are integers below 2^24 and exact: luma has weights in thousandths,
+// chroma in parts of 31250. Half of full scale, added to the chroma of four pixels, takes some of it above
+// 2^24, where a rounding costs 0.53 units; with the factor and the codes' two roundings that is 2.53 at most.
 #pragma once
 
 #include <MediaConversion/converters/ColourTransforms.h>
@@ -31,6 +35,11 @@ Real lumaOf(Colours<Real> const& pixel) {
     Real y;
     BgrToY<Real>(pixel.blue, pixel.green, pixel.red, y);
     return y;
+}
+
+template <class Order>
+Floats lumaOf(BytePixel<Order> const& pixel) {
+    return pixel.template weighted<114, 587, 299>();
 }
 
 template <class Real>
@@ -52,11 +61,17 @@ Chroma<Real> chromaOf(Colours<Real> const& pixel, double half) {
     return chroma;
 }
 
+template <class Order>
+Chroma<Floats> chromaOf(BytePixel<Order> const& pixel, double half) {
+    return {pixel.template weighted<15625, -10352, -5273>() + half,
+            pixel.template weighted<-2541, -13084, 15625>() + half};
+}
+
 /// The sum of the pixels' chroma. In single precision it is the chroma of their sum: that is made sooner, and
 /// the same but for the roundings.
-template <class Codes, class Real, std::size_t count>
-Chroma<Real> chromaSum(std::array<Colours<Real>, count> const& pixels) {
-    if constexpr (std::is_same_v<Real, Floats>) {
+template <class Codes, class Pixel, std::size_t count>
+Chroma<typename Codes::Real> chromaSum(std::array<Pixel, count> const& pixels) {
+    if constexpr (std::is_same_v<typename Codes::Real, Floats>) {
         auto sums = pixels;
         for (std::size_t half = count / 2; half > 0; half /= 2)
             for (std::size_t i = 0; i < half; ++i)
@@ -74,17 +89,24 @@ struct Part {
     static constexpr int luma = 0, chroma = 1;
 };
 
-/// The chroma of a block is the mean of its pixels'.
-template <class Block>
-struct Encode422 {
-    static constexpr int rows = 1, columns = 2, bytes = Block::bytes, errorUnits = 4, parts = 2;
+/// What the formats have in common.
+struct Subsampled {
+    static constexpr int columns = 2, errorUnits = 4, parts = 2;
+    template <int part>
+    static constexpr int weightScale = part == Part::luma ? 1000 : 31250;
     using SameDepth = void; // no sample is a code
     template <class Depth>
     static constexpr bool limits = std::is_same_v<Depth, F32>;
+};
 
-    template <int part, class Real, class Codes>
-    static auto encode(std::array<Colours<Real>, 2> const& pixels, Codes& codes) {
-        auto const code = [&](Real const& value, double weight = 1) {
+/// The chroma of a block is the mean of its pixels'.
+template <class Block>
+struct Encode422 : Subsampled {
+    static constexpr int rows = 1, bytes = Block::bytes;
+
+    template <int part, class Pixel, class Codes>
+    static auto encode(std::array<Pixel, 2> const& pixels, Codes& codes) {
+        auto const code = [&](auto const& value, double weight = 1) {
             return codes(value, Block::bits, weight);
         };
         if constexpr (part == Part::luma)
@@ -95,15 +117,12 @@ struct Encode422 {
 };
 
 /// The chroma of a block is the mean of its pixels'.
-struct Encode420 {
-    static constexpr int rows = 2, columns = 2, bytes = EightBit420::bytes, errorUnits = 4, parts = 2;
-    using SameDepth = void; // no sample is a code
-    template <class Depth>
-    static constexpr bool limits = std::is_same_v<Depth, F32>;
+struct Encode420 : Subsampled {
+    static constexpr int rows = 2, bytes = EightBit420::bytes;
 
-    template <int part, class Real, class Codes>
-    static auto encode(std::array<Colours<Real>, 4> const& pixels, Codes& codes) {
-        auto const code = [&](Real const& value, double weight = 1) {
+    template <int part, class Pixel, class Codes>
+    static auto encode(std::array<Pixel, 4> const& pixels, Codes& codes) {
+        auto const code = [&](auto const& value, double weight = 1) {
             return codes(value, EightBit420::bits, weight);
         };
         auto const luma = [&](int pixel) { return code(lumaOf(pixels[pixel])); };
@@ -115,14 +134,11 @@ struct Encode420 {
 };
 
 /// The chroma of a block is that of its left pixel alone, not the mean as in 4:2:2.
-struct Encode4224 {
-    static constexpr int rows = 1, columns = 2, bytes = Hybrid4224::bytes, errorUnits = 4, parts = 2;
-    using SameDepth = void; // no sample is a code
-    template <class Depth>
-    static constexpr bool limits = std::is_same_v<Depth, F32>;
+struct Encode4224 : Subsampled {
+    static constexpr int rows = 1, bytes = Hybrid4224::bytes;
 
-    template <int part, class Real, class Codes>
-    static auto encode(std::array<Colours<Real>, 2> const& pixels, Codes& codes) {
+    template <int part, class Pixel, class Codes>
+    static auto encode(std::array<Pixel, 2> const& pixels, Codes& codes) {
         using H = Hybrid4224;
         auto const luma = [&](int pixel) { return codes(lumaOf(pixels[pixel]), H::lumaBits); };
         auto const alpha = [&](int pixel) { return codes(pixels[pixel].alpha, H::alphaBits); };
