@@ -4,6 +4,7 @@
 
 #include <MediaConversion/converters/kernels/Unrolled.h>
 #include <MediaConversion/converters/kernels/Vectors.h>
+#include <MediaConversion/converters/kernels/Words.h>
 
 #include <algorithm>
 #include <array>
@@ -16,18 +17,21 @@ namespace {
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "words are read and written as they lie in memory");
 
+/// How many quads of words so many bytes take.
+constexpr int quadsFor(int bytes) { return (bytes + 15) / 16; }
+
 /// The words of blocks of so many bytes. The last one may have bytes that are not the block's.
 template <int bytes>
-using BlockWords = std::array<Ints, (bytes + 3) / 4>;
+using BlockWords = std::array<Ints, wordsFor(bytes)>;
 
 // Blocks are loaded and stored in quads of four words, or with shuffles of whole vectors. What is faster was
-// measured: vectors of 16 bytes cannot shuffle well enough, those of 32 bytes can for storing only, and for
-// blocks made of quads shuffles are never better. Blocks of two words are moved in pairs, two in each quad,
-// by vectors that load quads, and stored so by those of 32 bytes.
+// measured: shuffles pay where vectors can shuffle bytes, for loading only from 64 bytes on, and never for
+// blocks made of quads. Vectors that load quads take blocks of two words in pairs, two in each quad; those of
+// 32 bytes store them so, too.
 template <int bytes>
 constexpr bool loadedInQuads = lanes < 16 || bytes % 16 == 0;
 template <int bytes>
-constexpr bool storedInQuads = lanes == 4 || bytes % 16 == 0;
+constexpr bool storedInQuads = !shufflesBytes || bytes % 16 == 0;
 template <int bytes>
 constexpr bool loadedInPairs = lanes < 16 && bytes == 8;
 template <int bytes>
@@ -165,15 +169,15 @@ Vector gathered(std::array<Vector, count> const& from) {
 /// How many bytes `loadBlocks` reads: some more than the blocks have.
 template <int bytes>
 constexpr int loadedBytes = loadedInPairs<bytes>   ? lanes* bytes
-                            : loadedInQuads<bytes> ? (lanes - 1) * bytes + (bytes + 15) / 16 * 16
-                                                   : lanes*((bytes + 3) / 4 * 4);
+                            : loadedInQuads<bytes> ? (lanes - 1) * bytes + 16 * quadsFor(bytes)
+                                                   : lanes * 4 * wordsFor(bytes);
 
-// Arrays of vectors are indexed with constants and copied without memcpy: by way of memory all of this takes
-// up to twice as long.
+// Vectors are taken out of arrays with constants as indices and are never copied in pieces: by way of memory
+// all of this takes up to twice as long.
 
 template <int bytes>
 BlockWords<bytes> loadBlocks(std::uint8_t const* blocks) {
-    constexpr int count = (bytes + 3) / 4;
+    constexpr int count = wordsFor(bytes);
     BlockWords<bytes> words;
     if constexpr (loadedWhole<bytes>) {
         constexpr int quads = bytes / 16;
@@ -191,7 +195,7 @@ BlockWords<bytes> loadBlocks(std::uint8_t const* blocks) {
     } else if constexpr (loadedInPairs<bytes>) {
         return firstAndSecond(loadQuads(blocks, 32), loadQuads(blocks + 16, 32));
     } else if constexpr (loadedInQuads<bytes>) {
-        unrolled<(bytes + 15) / 16>([&](auto number) {
+        unrolled<quadsFor(bytes)>([&](auto number) {
             auto const quads = [&](int i) { return loadQuads(blocks + i * bytes + number * 16, 4 * bytes); };
             auto const columns = transposed(quads(0), quads(1), quads(2), quads(3));
             unrolled<std::min(4, count - 4 * number)>(
@@ -207,20 +211,9 @@ BlockWords<bytes> loadBlocks(std::uint8_t const* blocks) {
     return words;
 }
 
-/// A channel of one pixel of every block, as it is stored.
-template <class Source, std::size_t count>
-Ints sampleOf(std::array<Ints, count> const& words, int pixel, int channel) {
-    constexpr int bytes = sizeof(typename Source::Sample);
-    int const byte = (pixel * Source::channels + channel) * bytes;
-    if constexpr (bytes == 4)
-        return words[byte / 4];
-    else
-        return words[byte / 4] >> (byte % 4 * 8) & ((1 << 8 * bytes) - 1);
-}
-
 template <int bytes>
 void storeBlocks(BlockWords<bytes> const& words, std::uint8_t* blocks) {
-    constexpr int count = (bytes + 3) / 4;
+    constexpr int count = wordsFor(bytes);
     if constexpr (bytes == 4) {
         IntVector const vector = words[0].vector;
         std::memcpy(blocks, &vector, sizeof vector);

@@ -55,7 +55,7 @@ template <class Source>
 std::array<Ints, 2> loadPixelPairs(std::uint8_t const* pixels) {
     if constexpr (Source::channels == 4) {
         return loadBlocks<8>(pixels);
-    } else if constexpr (lanes == 4) { // which cannot shuffle bytes
+    } else if constexpr (!shufflesBytes) {
         auto const words = loadBlocks<6>(pixels);
         return {words[0], wordAt(words, 24)};
     } else {

@@ -57,15 +57,12 @@ std::array<Ints, sizeof(Destination)> packPixels(std::array<Samples, lanePixels>
     return words;
 }
 
-/// The bytes of a lane, rounded up to quads of 16 bytes.
-constexpr int inWholeQuads(int bytes) { return (bytes + 15) / 16 * 16; }
-
 /// `bytes` bytes for each lane as words; the last quad may be read beyond them. Lane 4 q + i of the vectors
 /// takes the place i * lanes / 4 + q: transposed again, the lanes stand in the order of memory.
 template <int bytes>
 auto loadLanes(std::uint8_t const* first) {
-    std::array<Ints, inWholeQuads(bytes) / 4> words;
-    unrolled<inWholeQuads(bytes) / 16>([&](auto quad) {
+    std::array<Ints, 4 * quadsFor(bytes)> words;
+    unrolled<quadsFor(bytes)>([&](auto quad) {
         auto const quads = [&](int i) {
             return loadQuads(first + i * (lanes / 4) * bytes + 16 * quad, bytes);
         };
@@ -180,7 +177,7 @@ void storePixels(PixelBytes const& pixels, std::uint8_t* to) {
     bytes[Order::red] = pixels.red;
     bytes[Order::green] = pixels.green;
     bytes[Order::blue] = pixels.blue;
-    if constexpr (channels == 3 && lanes == 4) {
+    if constexpr (channels == 3 && !shufflesBytes) {
         storeTriples(bytes[0], bytes[1], bytes[2], to);
     } else {
         // In each quad the four pixels of a lane.
@@ -206,7 +203,7 @@ struct DecodedGroup {
     static constexpr int blocks = lanes * laneBlocks, bytes = blocks * Format::bytes;
     static constexpr int pixelBytes = lanes * lanePixels * sizeof(Destination);
     /// What is read behind the group's last block.
-    static constexpr int bytesBehind = inWholeQuads(laneBlocks * Format::bytes) - laneBlocks * Format::bytes;
+    static constexpr int bytesBehind = 16 * quadsFor(laneBlocks * Format::bytes) - laneBlocks * Format::bytes;
 
     /// Flattened: only with everything in one function the compilers keep the vectors in registers.
     [[gnu::flatten, gnu::noinline]] static void decode(std::uint8_t const* blocks, std::uint8_t* pixels,
@@ -223,7 +220,7 @@ private:
 
     template <class Words>
     static auto decodedRows(Words const& words) {
-        constexpr int blockWords = (Format::bytes + 3) / 4;
+        constexpr int blockWords = wordsFor(Format::bytes);
         if constexpr (laneBlocks == 1) {
             return Format::decode(wordsAt<blockWords>(words, 0));
         } else {

@@ -38,10 +38,21 @@ Colours<Real> operator+(Colours<Real> const& a, Colours<Real> const& b) {
     return {a.blue + b.blue, a.green + b.green, a.red + b.red, a.alpha + b.alpha};
 }
 
-/// Whether values are above 1: never above 2.
+/// Whether values may be above 1; they are never above 2.
 template <class Source, class Format>
 constexpr bool isAboveOne = !Format::template limits<typename Source::Depth> &&
                             Source::Depth::fullScale < std::numeric_limits<typename Source::Sample>::max();
+
+/// A channel of one pixel of every block, as it is stored.
+template <class Source, std::size_t count>
+Ints storedSample(std::array<Ints, count> const& words, int pixel, int channel) {
+    constexpr int bytes = sizeof(typename Source::Sample);
+    int const byte = (pixel * Source::channels + channel) * bytes;
+    if constexpr (bytes == 4)
+        return words[byte / 4];
+    else
+        return words[byte / 4] >> (byte % 4 * 8) & ((1 << 8 * bytes) - 1);
+}
 
 /// A sample, given as it is stored, as `Colours` has it; for `Real` being integers as it is.
 template <class Real, class Source, class Format>
@@ -67,7 +78,7 @@ template <class Real, class Source, class Format, std::size_t count>
 Colours<Real> coloursOf(std::array<Ints, count> const& words, int pixel) {
     using Order = typename Source::Order;
     auto const value = [&](int channel) {
-        return valueOf<Real, Source, Format>(sampleOf<Source>(words, pixel, channel));
+        return valueOf<Real, Source, Format>(storedSample<Source>(words, pixel, channel));
     };
     Colours<Real> colours{value(Order::blue), value(Order::green), value(Order::red), 1};
     if constexpr (Source::channels == 4)
@@ -75,7 +86,8 @@ Colours<Real> coloursOf(std::array<Ints, count> const& words, int pixel) {
     return colours;
 }
 
-/// In single precision. The factor that makes codes of integers is rounded, which costs one unit more.
+/// In single precision. Twice as many for integers, for whose codes a rounded factor costs up to one unit
+/// more, and again for values up to 2: the number has to stay a power of two.
 template <class Format, class Source>
 constexpr int errorUnits =
     Format::errorUnits << (!std::is_same_v<typename Source::Depth, F32> + isAboveOne<Source, Format>);

@@ -10,6 +10,8 @@ using FloatVector = VectorOf<float, 32>;
 using IntVector = VectorOf<std::int32_t, 32>;
 using ByteVector = VectorOf<std::uint8_t, 32>;
 
+constexpr bool shufflesBytes = true;
+
 inline __m128 loadQuad(std::uint8_t const* bytes) {
     return _mm_loadu_ps(reinterpret_cast<float const*>(bytes));
 }

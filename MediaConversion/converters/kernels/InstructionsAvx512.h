@@ -10,6 +10,8 @@ using FloatVector = VectorOf<float, 64>;
 using IntVector = VectorOf<std::int32_t, 64>;
 using ByteVector = VectorOf<std::uint8_t, 64>;
 
+constexpr bool shufflesBytes = true;
+
 inline __m128 loadQuad(std::uint8_t const* bytes) {
     return _mm_loadu_ps(reinterpret_cast<float const*>(bytes));
 }

@@ -10,6 +10,9 @@ using FloatVector = VectorOf<float, 16>;
 using IntVector = VectorOf<std::int32_t, 16>;
 using ByteVector = VectorOf<std::uint8_t, 16>;
 
+/// Whether one instruction can put the bytes of a quad of 16 into any order.
+constexpr bool shufflesBytes = false;
+
 /// 16 bytes each from `first`, `first + stride` and so on, as many as the vector takes.
 inline FloatVector loadQuads(std::uint8_t const* first, int) {
     FloatVector quad;

@@ -83,8 +83,8 @@ Ints firstByteLowest(Ints const& word) {
 
 /// The block as 32-bit words, the lowest byte first; of the last word the block may take fewer bytes.
 template <class Layout>
-std::array<Ints, (blockBytes<Layout> + 3) / 4> packBlock(BlockSamples<Layout> const& samples) {
-    std::array<Ints, (blockBytes<Layout> + 3) / 4> block;
+std::array<Ints, wordsFor(blockBytes<Layout>)> packBlock(BlockSamples<Layout> const& samples) {
+    std::array<Ints, wordsFor(blockBytes<Layout>)> block;
     block.fill(0);
     auto sample = samples.begin();
     for (int bit = 0; sample != samples.end(); bit += 8 * Layout::wordBytes) {
@@ -101,7 +101,7 @@ std::array<Ints, (blockBytes<Layout> + 3) / 4> packBlock(BlockSamples<Layout> co
 
 /// The samples of a block, from its words as `packBlock` gives them.
 template <class Layout>
-BlockSamples<Layout> unpackBlock(std::array<Ints, (blockBytes<Layout> + 3) / 4> const& block) {
+BlockSamples<Layout> unpackBlock(std::array<Ints, wordsFor(blockBytes<Layout>)> const& block) {
     BlockSamples<Layout> samples;
     auto sample = samples.begin();
     for (int bit = 0; sample != samples.end(); bit += 8 * Layout::wordBytes) {

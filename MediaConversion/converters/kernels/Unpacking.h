@@ -62,7 +62,7 @@ struct DecodeRgb {
     static constexpr int rows = 1, columns = Layout::pixels, bytes = blockBytes<Layout>;
 
     template <class Depth>
-    static std::array<Samples, columns> decode(std::array<Ints, (bytes + 3) / 4> const& words) {
+    static std::array<Samples, columns> decode(std::array<Ints, wordsFor(bytes)> const& words) {
         auto const samples = unpackBlock<Layout>(words);
         std::array<Samples, columns> pixels;
         for (int i = 0; i < columns; ++i) {

@@ -9,6 +9,9 @@
 namespace MediaConversion {
 namespace {
 
+/// How many words so many bytes take.
+constexpr int wordsFor(int bytes) { return (bytes + 3) / 4; }
+
 /// The 32 bits from bit `bit` on; those behind the last word are 0.
 template <std::size_t count>
 Ints wordAt(std::array<Ints, count> const& words, int bit) {
