@@ -135,7 +135,8 @@ class BlockBytes {
 public:
     static constexpr int rowBytes = Format::columns * sizeof(Source);
 
-    /// Values are sums, off by nothing or by one rounding; then there are those of all codes.
+    /// Sums are exact or off by one rounding; with what codes are off by, that stays below 4 units
+    /// (Subsampling.h).
     template <int part>
     using Codes = SingleCodes<U8::fullScale * Format::template weightScale<part>, 4, false>;
 
@@ -161,7 +162,8 @@ public:
 private:
     using Pixel = BytePixel<typename Source::Order>;
 
-    /// Away from what is done nearly always, from which it would take registers.
+    /// Loads the pixels again, in a function of its own: else it would take registers from what is done
+    /// nearly always.
     template <int part>
     [[gnu::flatten, gnu::noinline]] static BlockWords<Format::bytes> exact(std::uint8_t const* pixels,
                                                                            std::size_t stride) {
