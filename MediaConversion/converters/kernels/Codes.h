@@ -50,9 +50,8 @@ public:
 
     Ints operator()(Floats value, int bits, double weight = 1) {
         int const fractionBits = 24 - bits, fractions = 1 << fractionBits;
-        double const factor = weight * ((1 << bits) - 1) * fractions / fullScale;
         static_assert((errorUnits & (errorUnits - 1)) == 0, "the mask below needs a power of two");
-        Ints const code = truncated(value * factor + (fractions / 2 + errorUnits));
+        Ints const code = truncated(value * (weight * factor(bits)) + addend(bits));
         distance = min(distance, code & (fractions - 2 * errorUnits));
         if constexpr (outOfRange)
             return lowBits((code + (code >> 31 & (fractions - 1))) >> fractionBits, bits);
@@ -62,9 +61,29 @@ public:
 
     bool certain() const { return !anyZero(distance.vector); }
 
+    /// Whether the codes of all integers up to full scale are those of double precision.
+    static constexpr bool isExact(int bits) {
+        for (int sample = 0; sample <= fullScale; ++sample) {
+            float const code = sample * static_cast<float>(factor(bits)) + static_cast<float>(addend(bits));
+            double const exact = sample / static_cast<double>(fullScale) * ((1 << bits) - 1) + 0.5;
+            if (static_cast<int>(code) >> (24 - bits) != static_cast<int>(exact))
+                return false;
+        }
+        return true;
+    }
+
 private:
+    static constexpr double factor(int bits) { return ((1 << bits) - 1.0) * (1 << (24 - bits)) / fullScale; }
+    static constexpr int addend(int bits) { return (1 << (23 - bits)) + errorUnits; }
+
     // Zero where a fraction came too close to a whole code.
     Ints distance = 1 << 30;
+};
+
+/// Codes that are proved to be those of double precision.
+template <class Codes>
+struct ProvenCodes : Codes {
+    static constexpr bool certain() { return true; }
 };
 
 } // namespace

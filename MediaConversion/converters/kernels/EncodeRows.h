@@ -2,6 +2,7 @@
 //
 // A `Format` names
 // - the rows and columns of pixels in a block, and its bytes,
+// - `bits`, those of the codes that samples become, if it gives no weights,
 // - `errorUnits`, how far its values may be off in single precision (Codes.h),
 // - `limits`, which depths of samples it limits to their full scale,
 // - `weightScale<part>`, the denominator of the weights that it gives to samples, 0 if it gives none,
@@ -92,6 +93,20 @@ template <class Format, class Source>
 constexpr int errorUnits =
     Format::errorUnits << (!std::is_same_v<typename Source::Depth, F32> + isAboveOne<Source, Format>);
 
+/// How codes are made of samples in single precision, where all of them can be tried, without a doubt.
+template <class Format, class Source>
+constexpr auto codesOfSamples() {
+    using Depth = typename Source::Depth;
+    using Codes = SingleCodes<static_cast<int>(Depth::fullScale), errorUnits<Format, Source>,
+                              isAboveOne<Source, Format>>;
+    if constexpr (std::is_same_v<Depth, typename Format::SameDepth>)
+        return SampleCodes();
+    else if constexpr (std::is_same_v<Depth, F32> || Format::template weightScale<0> != 0)
+        return Codes();
+    else
+        return std::conditional_t<Codes::isExact(Format::bits), ProvenCodes<Codes>, Codes>();
+}
+
 /// The pixels of blocks side by side.
 template <class Format, class Source>
 class BlockPixels {
@@ -100,10 +115,7 @@ public:
 
     /// How codes are first made of them.
     template <int>
-    using Codes =
-        std::conditional_t<std::is_same_v<typename Source::Depth, typename Format::SameDepth>, SampleCodes,
-                           SingleCodes<static_cast<int>(Source::Depth::fullScale), errorUnits<Format, Source>,
-                                       isAboveOne<Source, Format>>>;
+    using Codes = decltype(codesOfSamples<Format, Source>());
 
     BlockPixels(std::uint8_t const* pixels, std::size_t stride) {
         unrolled<Format::rows>([&](auto row) { words[row] = loadBlocks<rowBytes>(pixels + row * stride); });

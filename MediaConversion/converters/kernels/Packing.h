@@ -11,8 +11,8 @@ namespace {
 /// `Order` is that of the packed samples. In single precision only the codes are rounded.
 template <class Layout, class Order>
 struct EncodeRgb {
-    static constexpr int rows = 1, columns = Layout::pixels, bytes = blockBytes<Layout>, errorUnits = 1,
-                         parts = 1;
+    static constexpr int rows = 1, columns = Layout::pixels, bytes = blockBytes<Layout>, bits = Layout::bits,
+                         errorUnits = 1, parts = 1;
     template <int>
     static constexpr int weightScale = 0;
     /// A sample of this depth stays as it is, out of range too; others are limited.
