@@ -103,8 +103,10 @@ constexpr auto codesOfSamples() {
         return SampleCodes();
     else if constexpr (std::is_same_v<Depth, F32> || Format::template weightScale<0> != 0)
         return Codes();
+    else if constexpr (Codes::isExact(Format::bits) && !isAboveOne<Source, Format>)
+        return ProvenCodes<Codes>();
     else
-        return std::conditional_t<Codes::isExact(Format::bits), ProvenCodes<Codes>, Codes>();
+        return Codes();
 }
 
 /// The pixels of blocks side by side.
