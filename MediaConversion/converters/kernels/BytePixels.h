@@ -31,8 +31,9 @@ struct BytePixel {
                    : channel == Order::red   ? red
                                              : 0;
         };
-        return Floats(
-            weightedSum<weight(0), weight(2), weight(1), weight(3)>(even.ints().vector, odd.ints().vector));
+        auto const sums = pairSums<weight(0), weight(2)>(even.ints().vector) +
+                          pairSums<weight(1), weight(3)>(odd.ints().vector);
+        return Floats(__builtin_convertvector(sums, FloatVector));
     }
 };
 

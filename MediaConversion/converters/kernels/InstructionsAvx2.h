@@ -27,14 +27,10 @@ inline FloatVector smaller(FloatVector a, FloatVector b) { return _mm256_min_ps(
 
 inline IntVector truncated(FloatVector a) { return reinterpret_cast<IntVector>(_mm256_cvttps_epi32(a)); }
 
-inline IntVector pairSums(IntVector pairs, int lower, int upper) {
+template <int lower, int upper>
+IntVector pairSums(IntVector pairs) {
     return reinterpret_cast<IntVector>(_mm256_madd_epi16(
         reinterpret_cast<__m256i>(pairs), _mm256_set1_epi32((lower & 0xffff) | upper * (1 << 16))));
-}
-
-template <int lowerA, int upperA, int lowerB, int upperB>
-FloatVector weightedSum(IntVector a, IntVector b) {
-    return __builtin_convertvector(pairSums(a, lowerA, upperA) + pairSums(b, lowerB, upperB), FloatVector);
 }
 
 inline bool anyZero(IntVector a) {

@@ -33,14 +33,10 @@ inline IntVector truncated(FloatVector a) {
     return reinterpret_cast<IntVector>(_mm512_maskz_cvttps_epi32(0xffff, a));
 }
 
-inline IntVector pairSums(IntVector pairs, int lower, int upper) {
+template <int lower, int upper>
+IntVector pairSums(IntVector pairs) {
     return reinterpret_cast<IntVector>(_mm512_madd_epi16(
         reinterpret_cast<__m512i>(pairs), _mm512_set1_epi32((lower & 0xffff) | upper * (1 << 16))));
-}
-
-template <int lowerA, int upperA, int lowerB, int upperB>
-FloatVector weightedSum(IntVector a, IntVector b) {
-    return __builtin_convertvector(pairSums(a, lowerA, upperA) + pairSums(b, lowerB, upperB), FloatVector);
 }
 
 inline bool anyZero(IntVector a) {

@@ -30,17 +30,16 @@ inline IntVector truncated(FloatVector a) {
     return __builtin_convertvector(a == a ? a : FloatVector{}, IntVector);
 }
 
-/// Of pairs of 16-bit numbers, none below zero: the sum of the lower and the upper ones of `a` and of `b`,
-/// with these weights. Partial sums must stay within 2^24, where floats are exact.
-template <int lowerA, int upperA, int lowerB, int upperB>
-FloatVector weightedSum(IntVector a, IntVector b) {
+/// Of pairs of 16-bit numbers, none below zero: the sums of the lower and the upper ones with these weights,
+/// as integers or as floats. They must stay within 2^24, where floats are exact.
+template <int lower, int upper>
+FloatVector pairSums(IntVector pairs) {
     auto const weighted = [](IntVector numbers, int weight) {
         // To add -0 changes nothing, so that the compilers leave it out.
         return weight == 0 ? -FloatVector{}
                            : __builtin_convertvector(numbers, FloatVector) * static_cast<float>(weight);
     };
-    return weighted(a & 0xffff, lowerA) + weighted(a >> 16, upperA) + weighted(b & 0xffff, lowerB) +
-           weighted(b >> 16, upperB);
+    return weighted(pairs & 0xffff, lower) + weighted(pairs >> 16, upper);
 }
 
 /// Whether any of the numbers is zero.
