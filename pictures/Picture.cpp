@@ -68,6 +68,12 @@ std::uint64_t PixelBlock::bytes() const {
     return pixels * std::uint64_t(channels) * (halfFloats ? sizeof(std::uint16_t) : sizeof(float));
 }
 
+std::ptrdiff_t PixelBlock::sampleAt(int row, int column, int channel) const {
+    const std::ptrdiff_t rowStart = std::ptrdiff_t(row) * size.width * channels;
+    return rowStart + (order == SampleOrder::Pixels ? std::ptrdiff_t(column) * channels + channel
+                                                    : std::ptrdiff_t(channel) * size.width + column);
+}
+
 void PixelBlock::allocate() {
     // One picture after another in the same memory: fresh memory costs as much as a conversion.
     static SelfPruningMemoryPool<HostMemoryResource, true> pool(3);
@@ -85,14 +91,15 @@ void Picture::readRow(int y, int x, int r, EmbeddedHost::PictureChannel channel,
 
     to = std::fill_n(to, first - x, 0.0f);
     if (first < last) {
-        const std::ptrdiff_t pixel = static_cast<std::ptrdiff_t>(row) * block.size.width + first - block.left;
-        const std::ptrdiff_t sample = pixel * block.channels + places[static_cast<std::size_t>(channel)];
+        const std::ptrdiff_t sample =
+            block.sampleAt(row, first - block.left, places[static_cast<std::size_t>(channel)]);
+        const int stride = block.order == SampleOrder::Pixels ? block.channels : 1;
         if (block.halfFloats)
-            gather(reinterpret_cast<const std::uint16_t*>(block.samples->data()) + sample, block.channels, to,
+            gather(reinterpret_cast<const std::uint16_t*>(block.samples->data()) + sample, stride, to,
                    last - first, [values = halves()](std::uint16_t half) { return values[half]; });
         else
-            gather(reinterpret_cast<const float*>(block.samples->data()) + sample, block.channels, to,
-                   last - first, limited);
+            gather(reinterpret_cast<const float*>(block.samples->data()) + sample, stride, to, last - first,
+                   limited);
         to += last - first;
     }
     std::fill_n(to, r - last, 0.0f);

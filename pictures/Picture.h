@@ -5,6 +5,7 @@
 #include <host/EmbeddedHost.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -35,17 +36,24 @@ struct PictureHeader {
     std::string colourSpace; ///< the file's or its reader's tag, such as "sRGB" or "Linear"; may be empty
 };
 
+/// How the samples of a row follow one another: pixel by pixel, or all of one channel and then those of the
+/// next.
+enum class SampleOrder { Pixels, Channels };
+
 /// A block of pixels that stands anywhere over, beside or partly over the whole picture.
 struct PixelBlock {
     int left = 0; ///< column of the block's first pixel, counted from the picture's left edge
     int top = 0;  ///< row, counted from the top edge
     PictureSize size;
-    int channels = 0;                                ///< samples of each pixel
-    bool halfFloats = false;                         ///< samples are half-floats, else floats
+    int channels = 0;        ///< samples of each pixel
+    bool halfFloats = false; ///< samples are half-floats, else floats
+    SampleOrder order = SampleOrder::Pixels;
     std::unique_ptr<MemoryAccess> samples = nullptr; ///< rows from the top, without gaps
 
     /// The bytes that the samples take.
     std::uint64_t bytes() const;
+    /// Where a sample is, counted in samples from the first.
+    std::ptrdiff_t sampleAt(int row, int column, int channel) const;
     /// Takes memory for the samples, that of an earlier picture where there is such. Throws std::bad_alloc.
     void allocate();
 };
@@ -53,7 +61,7 @@ struct PixelBlock {
 /// A picture. Outside the block that the file holds it is black, and transparent.
 class Picture final : public EmbeddedHost::PictureSource {
 public:
-    /// Where red, green, blue and alpha stand among a pixel's samples.
+    /// Which of the block's channels red, green, blue and alpha are.
     using ChannelPlaces = std::array<int, 4>;
 
     Picture(PictureHeader header, PixelBlock block, ChannelPlaces places);

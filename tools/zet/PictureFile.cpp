@@ -1,5 +1,7 @@
 #include "PictureFile.h"
 
+#include "ExrFile.h"
+
 #include <oiio/ImageFormat.h>
 #include <pictures/PictureSpec.h>
 
@@ -21,7 +23,7 @@ using Input = std::unique_ptr<OIIO::ImageInput>;
     throw std::runtime_error(file.string() + ": " + (line.empty() ? "cannot be read as a picture" : line));
 }
 
-Input openPicture(const std::filesystem::path& file) {
+void checkReadable(const std::filesystem::path& file) {
     std::error_code error;
     const auto status = std::filesystem::status(file, error);
     if (status.type() == std::filesystem::file_type::not_found)
@@ -32,7 +34,9 @@ Input openPicture(const std::filesystem::path& file) {
         refuse(file, std::generic_category().message(errno));
     if (exists(status) && !is_regular_file(status)) // whose reader may wait for ever
         refuse(file, "is a device, pipe or socket, not a file");
+}
 
+Input openPicture(const std::filesystem::path& file) {
     ZetImageIo::declareInput();
     OIIO::ImageSpec keepStraight;
     keepStraight.attribute("oiio:UnassociatedAlpha", 1);
@@ -47,10 +51,21 @@ Input openPicture(const std::filesystem::path& file) {
 } // namespace
 
 PictureHeader readPictureHeader(const std::filesystem::path& file) {
+    checkReadable(file);
+    if (const auto exr = ExrFile::open(file))
+        return exr->header();
     return describe(openPicture(file)->spec());
 }
 
 Picture readPicture(const std::filesystem::path& file, const HeaderCheck& check) {
+    checkReadable(file);
+    if (const auto exr = ExrFile::open(file)) {
+        if (check)
+            check(exr->header());
+        if (auto picture = exr->read())
+            return std::move(*picture);
+    } // which does not say what is wrong
+
     const Input input = openPicture(file);
     const OIIO::ImageSpec& spec = input->spec();
     const PictureHeader header = describe(spec);

@@ -1,0 +1,161 @@
+// EXR files read without OpenImageIO, beside what that reads of them.
+#include <pictures/PictureSpec.h>
+#include <tests/TestSupport.h>
+#include <tests/tools/TestPictureFile.h>
+#include <tools/zet/ExrFile.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace testing;
+using namespace TestSupport;
+using namespace ZetTool;
+
+namespace {
+
+std::vector<std::string> channelNames(int count) {
+    const std::vector<std::string> all{"R", "G", "B", "A"};
+    return {all.begin(), all.begin() + count};
+}
+
+/// Noise, which does not compress, below a smooth part that does.
+Sample halfNoise(int height) {
+    return [height, random = std::make_shared<std::mt19937>(1)](int x, int y, int channel) {
+        return y < height / 2 ? static_cast<float>(x + y * 3 + channel) / 256
+                              : std::generate_canonical<float, 24>(*random) * 3 - 1;
+    };
+}
+
+/// Rows from the top, channel by channel, as OpenImageIO reads them.
+std::vector<float> expectedSamples(OIIO::ImageInput& input) {
+    const OIIO::ImageSpec& spec = input.spec();
+    std::vector<float> samples;
+    std::vector<float> line(static_cast<std::size_t>(spec.width * spec.nchannels));
+    for (int y = 0; y < spec.height; ++y) {
+        EXPECT_TRUE(input.read_scanline(spec.y + y, 0, OIIO::TypeFloat, line.data())) << input.geterror();
+        for (int channel = 0; channel < spec.nchannels; ++channel)
+            for (int x = 0; x < spec.width; ++x)
+                samples.push_back(line[static_cast<std::size_t>(x * spec.nchannels + channel)]);
+    }
+    return samples;
+}
+
+/// The same of a picture whose file's pixels begin at this column and row.
+std::vector<float> samplesOf(Picture& picture, const OIIO::ImageSpec& spec) {
+    std::vector<float> samples;
+    std::vector<float> line(static_cast<std::size_t>(picture.width()));
+    for (int y = 0; y < spec.height; ++y)
+        for (int channel = 0; channel < spec.nchannels; ++channel) {
+            picture.readRow(picture.height() - 1 - (spec.y - spec.full_y + y), 0, picture.width(),
+                            static_cast<EmbeddedHost::PictureChannel>(channel), line.data());
+            const auto first = line.begin() + (spec.x - spec.full_x);
+            samples.insert(samples.end(), first, first + spec.width);
+        }
+    return samples;
+}
+
+class ExrFileTest : public Test {
+protected:
+    const TemporaryFolder folder;
+    const std::filesystem::path file = folder / "p.exr";
+};
+
+TEST_F(ExrFileTest, ReadsWhatOpenImageIOReads) {
+    struct Case {
+        const char* compression;
+        OIIO::TypeDesc samples;
+        int channels, width, height;
+        const char* lineOrder = "increasingY";
+    };
+    for (const Case& c : std::vector<Case>{
+             {"none", OIIO::TypeHalf, 3, 33, 20},
+             {"zip", OIIO::TypeHalf, 3, 1, 1},
+             {"zip", OIIO::TypeHalf, 3, 37, 50},
+             {"zip", OIIO::TypeHalf, 4, 64, 48, "decreasingY"},
+             {"zip", OIIO::TypeFloat, 4, 13, 33},
+             {"zips", OIIO::TypeHalf, 4, 7, 9},
+             {"zips", OIIO::TypeFloat, 3, 40, 5},
+         }) {
+        auto spec = pictureSpec(c.width, c.height, channelNames(c.channels), c.samples);
+        spec.attribute("compression", c.compression);
+        spec.attribute("openexr:lineOrder", c.lineOrder);
+        spec.x = 5;
+        spec.full_x = 3;
+        spec.full_y = -4;
+        spec.full_width = c.width + 6;
+        spec.full_height = c.height + 8;
+        writePictureFile(file, spec, halfNoise(c.height));
+
+        const auto input = OIIO::ImageInput::open(file.string());
+        ASSERT_TRUE(input);
+        const PictureHeader wanted = describe(input->spec());
+        const auto exr = ExrFile::open(file);
+        ASSERT_TRUE(exr) << c.compression;
+        const PictureHeader header = exr->header();
+        EXPECT_EQ(header.size, wanted.size);
+        EXPECT_EQ(header.hasAlpha, wanted.hasAlpha);
+        EXPECT_EQ(header.premultiplied, wanted.premultiplied);
+        EXPECT_EQ(header.floatSamples, wanted.floatSamples);
+        EXPECT_EQ(header.bytes, wanted.bytes);
+        EXPECT_EQ(header.colourSpace, wanted.colourSpace);
+        auto picture = exr->read();
+        ASSERT_TRUE(picture) << c.compression;
+        EXPECT_EQ(samplesOf(*picture, input->spec()), expectedSamples(*input))
+            << c.compression << ' ' << c.samples << ' ' << c.width << 'x' << c.height;
+    }
+}
+
+TEST_F(ExrFileTest, LeavesOtherSortsToOpenImageIO) {
+    const auto common = pictureSpec(32, 32, channelNames(3), OIIO::TypeHalf);
+    const auto isOpened = [&](const OIIO::ImageSpec& spec) {
+        writePictureFile(file, spec, halfNoise(32));
+        return ExrFile::open(file) != nullptr;
+    };
+    EXPECT_TRUE(isOpened(common));
+    for (const auto& change : std::vector<std::function<void(OIIO::ImageSpec&)>>{
+             [](auto& spec) { spec.attribute("compression", "piz"); },
+             [](auto& spec) { spec.tile_width = spec.tile_height = 16; },
+             [](auto& spec) {
+                 spec.channelnames = {"R", "G", "Z"};
+             },
+             [](auto& spec) {
+                 spec.channelnames = {"left.R", "left.G", "left.B"};
+             },
+             [](auto& spec) {
+                 spec.channelformats = {OIIO::TypeHalf, OIIO::TypeHalf, OIIO::TypeFloat};
+             },
+             [](auto& spec) { spec.format = OIIO::TypeUInt32; },
+         }) {
+        auto other = common;
+        change(other);
+        EXPECT_FALSE(isOpened(other));
+    }
+    std::ofstream(file) << "text";
+    EXPECT_FALSE(ExrFile::open(file));
+    EXPECT_FALSE(ExrFile::open(folder / "none.exr"));
+}
+
+TEST_F(ExrFileTest, GivesNoPictureOfADamagedFile) {
+    for (const char* compression : {"none", "zip"}) {
+        auto spec = pictureSpec(64, 64, channelNames(3), OIIO::TypeHalf);
+        spec.attribute("compression", compression);
+        writePictureFile(file, spec, halfNoise(64));
+        std::filesystem::resize_file(file, std::filesystem::file_size(file) - 1);
+        if (const auto exr = ExrFile::open(file)) {
+            EXPECT_FALSE(exr->read()) << compression;
+        }
+    }
+    writePictureFile(file, pictureSpec(64, 64, channelNames(3), OIIO::TypeHalf), halfNoise(64));
+    std::fstream(file, std::ios::in | std::ios::out | std::ios::binary).seekp(1200).put('\x55').put('\x55');
+    const auto exr = ExrFile::open(file);
+    ASSERT_TRUE(exr);
+    EXPECT_FALSE(exr->read());
+}
+
+} // namespace
