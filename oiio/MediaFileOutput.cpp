@@ -3,6 +3,7 @@
 #include "Guarded.h"
 #include "ImageFormat.h"
 #include "IoProxyStream.h"
+#include "PictureSpec.h"
 
 #include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 
@@ -11,7 +12,6 @@
 #include <pictures/FrameConversion.h>
 #include <pictures/MediaFileShape.h>
 #include <pictures/OutputFile.h>
-#include <pictures/PictureSpec.h>
 #include <pictures/Transfer.h>
 
 #include <algorithm>
@@ -55,8 +55,8 @@ struct MediaFileOutput::Job {
     Job(std::string name, const OIIO::ImageSpec& spec)
         : path(std::move(name)),
           format(ZetTool::findOutputFormat(textOf(spec, "zet:format", "0"))),
-          header(ZetTool::describe(spec)),
-          places(ZetTool::findChannels(spec)),
+          header(describe(spec)),
+          places(findChannels(spec)),
           shape(format, header.size),
           settings{ZetTool::chooseTransfer(ZetTool::parseTransferChoice(textOf(spec, "zet:transfer", "auto")),
                                            header),

@@ -1,5 +1,5 @@
 // EXR files read without OpenImageIO, beside what that reads of them.
-#include <pictures/PictureSpec.h>
+#include <oiio/PictureSpec.h>
 #include <tests/TestSupport.h>
 #include <tests/tools/TestPictureFile.h>
 #include <tools/zet/ExrFile.h>
@@ -94,7 +94,7 @@ TEST_F(ExrFileTest, ReadsWhatOpenImageIOReads) {
 
         const auto input = OIIO::ImageInput::open(file.string());
         ASSERT_TRUE(input);
-        const PictureHeader wanted = describe(input->spec());
+        const PictureHeader wanted = ZetImageIo::describe(input->spec());
         const auto exr = ExrFile::open(file);
         ASSERT_TRUE(exr) << c.compression;
         const PictureHeader header = exr->header();

@@ -11,7 +11,7 @@ namespace ZetTool {
 
 /// An EXR file that holds one picture of scan lines, uncompressed or compressed with ZIP or ZIPS, whose
 /// channels are R, G, B and perhaps A, all half-floats or all floats. Most sequences are of this sort;
-/// reading them so takes a third less time than through a library for all sorts.
+/// reading them so takes a quarter less time than through a library for all sorts.
 class ExrFile {
 public:
     /// Nothing for any other file, and for one with whose header something is wrong.

@@ -3,7 +3,6 @@
 #include "FrameRange.h"
 #include "Interruption.h"
 #include "Parallel.h"
-#include "PictureFile.h"
 
 #include <fmt/format.h>
 #include <opencv2/core/utility.hpp>
@@ -20,7 +19,6 @@ namespace {
 /// Several frames at once leave each one its share of the machine, so that they do not fight over it.
 void shareThreads(std::size_t jobs) {
     const auto each = static_cast<int>(std::max<std::size_t>(1, std::thread::hardware_concurrency() / jobs));
-    setPictureThreads(each);
     cv::setNumThreads(each);
 }
 

@@ -5,18 +5,14 @@
 #include "Progress.h"
 #include "SequencePattern.h"
 
+#include <pictures/OutputFile.h>
+
 #include <cstdint>
 #include <functional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace ZetTool {
-
-/// Fails a frame, and would fail all that come after it: a full disk, a manifest that is lost.
-struct EndOfRun : std::runtime_error {
-    using runtime_error::runtime_error;
-};
 
 /// Both ascending; frames in neither list were not begun.
 struct FrameResult {

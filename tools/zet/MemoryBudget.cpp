@@ -2,9 +2,9 @@
 
 #include "Progress.h"
 
-#include <OpenImageIO/strutil.h>
 #include <fmt/format.h>
 
+#include <strings.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -99,7 +99,7 @@ std::uint64_t parseMemory(const std::string& text) {
     double number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     for (const auto& [unit, bytes] : units)
-        if (error == std::errc{} && number > 0 && number * bytes <= most && OIIO::Strutil::iequals(end, unit))
+        if (error == std::errc{} && number > 0 && number * bytes <= most && ::strcasecmp(end, unit) == 0)
             return static_cast<std::uint64_t>(number * bytes);
     throw std::runtime_error(
         fmt::format("cannot read --memory \"{}\": expected a size such as 2GB or 1500MB", text));

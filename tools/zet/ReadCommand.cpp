@@ -6,7 +6,7 @@
 #include "Interruption.h"
 #include "MediaFiles.h"
 #include "MediaFrames.h"
-#include "PictureOutput.h"
+#include "PictureFile.h"
 #include "SequencePattern.h"
 
 #include <fmt/format.h>
@@ -36,13 +36,13 @@ struct Options {
 struct Plan {
     std::vector<MediaFrame> frames;
     SequencePattern target;
-    PictureFileType type;
+    std::unique_ptr<const PictureFileType> type;
 };
 
 Plan planRead(const Options& options) {
     Plan plan{findMediaFrames(options.files, options.frames), SequencePattern(options.output),
-              PictureFileType(options.output)};
-    plan.type.checkColourSpace(options.colourSpace);
+              pictureFileType(options.output)};
+    plan.type->checkColourSpace(options.colourSpace);
     if (!plan.target.hasField() && plan.frames.size() > 1)
         throw std::runtime_error(fmt::format(
             "the output name \"{}\" would take {}; give it a place for the frame number, such as \"%04d\"",
@@ -55,10 +55,10 @@ void noteAlpha(const Plan& plan, bool premultiplied) {
     const FoundFile first = inspect(plan.frames.front().file);
     if (!first.info || !holdsAlpha(first.info->format))
         return;
-    if (!plan.type.holdsAlpha())
+    if (!plan.type->holdsAlpha())
         std::cout << fmt::format("note: the media files have alpha, which {} pictures do not hold\n",
                                  plan.target.path().extension().string());
-    else if (plan.type.isLinear() && !premultiplied)
+    else if (plan.type->isLinear() && !premultiplied)
         std::cout
             << "note: the colour is multiplied by alpha on its way; if it is already, as in files that were "
                "made from EXR, give --premultiplied\n";
@@ -78,7 +78,7 @@ std::uint64_t readFrame(const Plan& plan, const MediaFrame& media, const Options
     OutputPicture picture{decoded.pixels(), bitsOf(format), options.colourSpace, options.premultiplied};
     if (!holdsAlpha(format))
         cv::cvtColor(decoded.pixels(), picture.pixels, cv::COLOR_BGRA2BGR);
-    return plan.type.write(picture, plan.target.frame(media.frame));
+    return plan.type->write(picture, plan.target.frame(media.frame));
 }
 
 FrameResult readFrames(const Plan& plan, const Options& options, Progress& progress) {

@@ -6,7 +6,7 @@
 #include "Difference.h"
 #include "MediaFrames.h"
 #include "Parallel.h"
-#include "PictureOutput.h"
+#include "PictureFile.h"
 #include "Progress.h"
 #include "SheetSource.h"
 #include "Table.h"
@@ -207,7 +207,7 @@ void printTable(const std::vector<Entry>& entries) {
 }
 
 ExitCode run(const Options& options) {
-    const PictureFileType type(options.output);
+    const auto type = pictureFileType(options.output);
     std::vector<Entry> entries = listEntries(options);
     const PictureSize size = firstSize(entries);
     const PictureSize tile = tileSize(size, options.width);
@@ -218,7 +218,7 @@ ExitCode run(const Options& options) {
     const std::vector<SheetCell> cells = collectCells(entries, options.amplify);
     const int columns = options.columns > 0 ? options.columns : chooseColumns(cells, tile);
     const cv::Mat sheet = drawSheet(cells, tile, columns);
-    type.write({sheet}, options.output);
+    type->write({sheet}, options.output);
     if (!options.quiet) {
         printTable(entries);
         std::cout << fmt::format("wrote {} ({}x{})\n", options.output, sheet.cols, sheet.rows);

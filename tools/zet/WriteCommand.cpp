@@ -4,7 +4,7 @@
 #include "FrameRun.h"
 #include "Interruption.h"
 #include "MemoryBudget.h"
-#include "PluginPlace.h"
+#include "OwnModules.h"
 #include "WriteManifest.h"
 #include "WritePlan.h"
 #include "WriteRun.h"

@@ -3,7 +3,11 @@
 #include <algorithm>
 #include <vector>
 
-namespace ZetTool {
+using ZetTool::Picture;
+using ZetTool::PictureHeader;
+using ZetTool::PixelBlock;
+
+namespace ZetImageIo {
 
 Picture::ChannelPlaces findChannels(const OIIO::ImageSpec& spec) {
     const auto named = [&](const char* name) {
@@ -57,4 +61,4 @@ PictureHeader describe(const OIIO::ImageSpec& spec) {
     return header;
 }
 
-} // namespace ZetTool
+} // namespace ZetImageIo

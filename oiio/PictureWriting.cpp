@@ -1,6 +1,4 @@
-#include "PictureOutput.h"
-
-#include "FrameRun.h"
+#include "PictureWriting.h"
 
 #include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
@@ -17,7 +15,11 @@
 
 namespace fs = std::filesystem;
 
-namespace ZetTool {
+using ZetTool::EndOfRun;
+using ZetTool::OutputFile;
+using ZetTool::OutputPicture;
+
+namespace ZetImageIo {
 namespace {
 
 using Output = std::unique_ptr<OIIO::ImageOutput>;
@@ -113,9 +115,20 @@ void writePixels(const std::string& fileType, const OIIO::ImageSpec& spec, const
         throw std::runtime_error("the disk is full");
 }
 
-} // namespace
+class FileType final : public ZetTool::PictureFileType {
+public:
+    explicit FileType(const fs::path& file);
+    bool holdsAlpha() const override { return alpha; }
+    bool isLinear() const override { return name == "openexr" || name == "hdr"; }
+    void checkColourSpace(const std::string& colourSpace) const override;
+    std::uint64_t write(const OutputPicture& picture, const fs::path& file) const override;
 
-PictureFileType::PictureFileType(const fs::path& file) {
+private:
+    std::string name;
+    bool alpha;
+};
+
+FileType::FileType(const fs::path& file) {
     const Output output = OIIO::ImageOutput::create(file.string());
     // Ours are not for pictures to be shown, even where OpenImageIO finds its plug-in for them.
     if (!output || output->format_name() == std::string_view("zet")) {
@@ -129,9 +142,7 @@ PictureFileType::PictureFileType(const fs::path& file) {
     alpha = output->supports("alpha");
 }
 
-bool PictureFileType::isLinear() const { return name == "openexr" || name == "hdr"; }
-
-void PictureFileType::checkColourSpace(const std::string& colourSpace) const {
+void FileType::checkColourSpace(const std::string& colourSpace) const {
     if (isLinear() && !curveFor(colourSpace))
         throw std::runtime_error(
             fmt::format("no way is known from colour space \"{}\" to the linear light of "
@@ -139,7 +150,7 @@ void PictureFileType::checkColourSpace(const std::string& colourSpace) const {
                         colourSpace, name));
 }
 
-std::uint64_t PictureFileType::write(const OutputPicture& picture, const fs::path& path) const {
+std::uint64_t FileType::write(const OutputPicture& picture, const fs::path& path) const {
     checkColourSpace(picture.colourSpace);
     const cv::Mat source =
         isLinear() ? linearised(picture.pixels, curveFor(picture.colourSpace), picture.premultiplied)
@@ -164,4 +175,10 @@ std::uint64_t PictureFileType::write(const OutputPicture& picture, const fs::pat
     return bytes;
 }
 
-} // namespace ZetTool
+} // namespace
+
+std::unique_ptr<const ZetTool::PictureFileType> pictureFileType(const fs::path& file) {
+    return std::make_unique<FileType>(file);
+}
+
+} // namespace ZetImageIo

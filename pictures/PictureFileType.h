@@ -17,29 +17,24 @@ struct OutputPicture {
     bool premultiplied = false; ///< colour is multiplied by alpha
 };
 
-/// What the extension of a picture's name stands for. Files of up to 8 bits get 8-bit samples and others
-/// 16-bit ones, in EXR half and, above 10 bits, float.
+/// A type of picture files. Files of up to 8 bits get 8-bit samples and others 16-bit ones, in EXR half and,
+/// above 10 bits, float.
 class PictureFileType {
 public:
-    /// Throws std::runtime_error for an extension that stands for no type that can be written.
-    explicit PictureFileType(const std::filesystem::path& file);
+    virtual ~PictureFileType() = default;
 
-    bool holdsAlpha() const { return alpha; }
+    virtual bool holdsAlpha() const = 0;
     /// Samples of EXR and HDR are linear light, whatever a tag says.
-    bool isLinear() const;
+    virtual bool isLinear() const = 0;
 
     /// Throws std::runtime_error when the type is linear and the way to there from this colour space is
     /// unknown.
-    void checkColourSpace(const std::string& colourSpace) const;
+    virtual void checkColourSpace(const std::string& colourSpace) const = 0;
 
     /// Writes the file under a temporary name and renames that; returns its length. Samples are written as
     /// they are, but linear types get linear ones with their colour multiplied by alpha. Throws
     /// std::runtime_error that names the file, EndOfRun when the disk is full.
-    std::uint64_t write(const OutputPicture& picture, const std::filesystem::path& file) const;
-
-private:
-    std::string name;
-    bool alpha;
+    virtual std::uint64_t write(const OutputPicture& picture, const std::filesystem::path& file) const = 0;
 };
 
 } // namespace ZetTool

@@ -1,0 +1,26 @@
+// The module with which the tool reads and writes pictures.
+#include "PictureReading.h"
+#include "PictureWriting.h"
+
+namespace {
+
+class OpenImageIo final : public ZetTool::PictureLibrary {
+public:
+    ZetTool::PictureHeader header(const std::filesystem::path& file) const override {
+        return ZetImageIo::readPictureHeader(file);
+    }
+    ZetTool::Picture read(const std::filesystem::path& file,
+                          const ZetTool::HeaderCheck& check) const override {
+        return ZetImageIo::readPicture(file, check);
+    }
+    std::unique_ptr<const ZetTool::PictureFileType> type(const std::filesystem::path& file) const override {
+        return ZetImageIo::pictureFileType(file);
+    }
+};
+
+} // namespace
+
+extern "C" [[gnu::visibility("default")]] const ZetTool::PictureLibrary* zetPictureLibrary() {
+    static const OpenImageIo library;
+    return &library;
+}
