@@ -6,7 +6,7 @@ set -euo pipefail
 # OpenCV's and OpenImageIO's CMake files ask for all that the two were built with, so the whole of OpenCV and
 # OpenImageIO's programs are needed as well.
 build=(g++ cmake ninja-build libopencv-dev libopenimageio-dev openimageio-tools libopenexr-dev libcli11-dev
-    libfmt-dev nlohmann-json3-dev libxxhash-dev libdeflate-dev zlib1g-dev)
+    libfmt-dev nlohmann-json3-dev libxxhash-dev libdeflate-dev libjemalloc-dev zlib1g-dev)
 test=(libgtest-dev libgmock-dev libsquish-dev python3-openimageio python3-numpy)
 bench=(libbenchmark-dev)
 fuzz=(clang libclang-rt-14-dev)
