@@ -15,9 +15,10 @@ run(${CMAKE_COMMAND} -S ${consumer_dir} -B ${scratch_dir}/consumer -G ${generato
 run(${CMAKE_COMMAND} --build ${scratch_dir}/consumer)
 run(${scratch_dir}/consumer/consumer ${scratch_dir}/consumer.zet)
 
-# The tool, which looks for the plug-in beside itself.
+# The tool, which looks for the plug-in and the picture library beside itself.
 run(${scratch_dir}/moved/${bindir}/zet write --quiet --chart 64x32 --format rgb8 --frames 1
     -o ${scratch_dir}/tool.%04d.zet)
+run(${scratch_dir}/moved/${bindir}/zet read --quiet ${scratch_dir}/tool.0001.zet -o ${scratch_dir}/tool.png)
 
 foreach(file IN ITEMS consumer.zet tool.0001.zet)
     file(SIZE ${scratch_dir}/${file} size)
