@@ -2,6 +2,8 @@
 #include "PictureReading.h"
 #include "PictureWriting.h"
 
+#include <cstring>
+
 namespace {
 
 class OpenImageIo final : public ZetTool::PictureLibrary {
@@ -9,9 +11,9 @@ public:
     ZetTool::PictureHeader header(const std::filesystem::path& file) const override {
         return ZetImageIo::readPictureHeader(file);
     }
-    ZetTool::Picture read(const std::filesystem::path& file,
-                          const ZetTool::HeaderCheck& check) const override {
-        return ZetImageIo::readPicture(file, check);
+    ZetTool::Picture read(const std::filesystem::path& file, const ZetTool::HeaderCheck& check,
+                          IMemoryPool& memory) const override {
+        return ZetImageIo::readPicture(file, check, memory);
     }
     std::unique_ptr<const ZetTool::PictureFileType> type(const std::filesystem::path& file) const override {
         return ZetImageIo::pictureFileType(file);
@@ -20,7 +22,8 @@ public:
 
 } // namespace
 
-extern "C" [[gnu::visibility("default")]] const ZetTool::PictureLibrary* zetPictureLibrary() {
+extern "C" [[gnu::visibility("default")]] const ZetTool::PictureLibrary*
+zetPictureLibrary(const char* programVersion) {
     static const OpenImageIo library;
-    return &library;
+    return std::strcmp(programVersion, ZET_VERSION) == 0 ? &library : nullptr;
 }

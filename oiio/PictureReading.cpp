@@ -2,11 +2,9 @@
 
 #include "ImageFormat.h"
 #include "PictureSpec.h"
-
-#include <opencv2/core/utility.hpp>
+#include "Threads.h"
 
 #include <algorithm>
-#include <mutex>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -38,24 +36,14 @@ Input openPicture(const std::filesystem::path& file) {
     return input;
 }
 
-/// As many for OpenImageIO as OpenCV may use when the first picture is read: it must not be told while others
-/// are.
-void shareThreads() {
-    static std::once_flag shared;
-    std::call_once(shared, [] {
-        const int threads = cv::getNumThreads();
-        OIIO::attribute("threads", threads);
-        OIIO::attribute("exr_threads", threads > 1 ? threads : -1); // -1: decode on the calling thread
-    });
-}
-
 } // namespace
 
 PictureHeader readPictureHeader(const std::filesystem::path& file) {
     return describe(openPicture(file)->spec());
 }
 
-Picture readPicture(const std::filesystem::path& file, const ZetTool::HeaderCheck& check) {
+Picture readPicture(const std::filesystem::path& file, const ZetTool::HeaderCheck& check,
+                    IMemoryPool& memory) {
     shareThreads();
     const Input input = openPicture(file);
     const OIIO::ImageSpec& spec = input->spec();
@@ -69,7 +57,7 @@ Picture readPicture(const std::filesystem::path& file, const ZetTool::HeaderChec
 
     PixelBlock block = blockOf(spec);
     try {
-        block.allocate();
+        block.allocate(memory);
     } catch (const std::bad_alloc&) {
         refuse(file, "not enough memory for " + block.size.text() + " pixels");
     }

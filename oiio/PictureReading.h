@@ -7,6 +7,7 @@ namespace ZetImageIo {
 
 /// As PictureLibrary has them.
 ZetTool::PictureHeader readPictureHeader(const std::filesystem::path& file);
-ZetTool::Picture readPicture(const std::filesystem::path& file, const ZetTool::HeaderCheck& check);
+ZetTool::Picture readPicture(const std::filesystem::path& file, const ZetTool::HeaderCheck& check,
+                             IMemoryPool& memory);
 
 } // namespace ZetImageIo

@@ -1,9 +1,12 @@
 #include "PictureWriting.h"
 
+#include "Threads.h"
+
 #include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
 #include <fmt/format.h>
 #include <opencv2/imgproc.hpp>
+#include <pictures/EndOfRun.h>
 #include <pictures/OutputFile.h>
 
 #include <cerrno>
@@ -151,6 +154,7 @@ void FileType::checkColourSpace(const std::string& colourSpace) const {
 }
 
 std::uint64_t FileType::write(const OutputPicture& picture, const fs::path& path) const {
+    shareThreads();
     checkColourSpace(picture.colourSpace);
     const cv::Mat source =
         isLinear() ? linearised(picture.pixels, curveFor(picture.colourSpace), picture.premultiplied)

@@ -3,14 +3,8 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <stdexcept>
 
 namespace ZetTool {
-
-/// Fails a frame, and would fail all that come after it: a full disk, a manifest that is lost.
-struct EndOfRun : std::runtime_error {
-    using runtime_error::runtime_error;
-};
 
 /// Reserves a temporary name beside the final one; what stands under it is removed again unless it is
 /// committed. A symbolic link under the final name is replaced by the file: what it leads to may be a frame

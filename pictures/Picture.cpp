@@ -63,6 +63,11 @@ PictureSize parseSize(const std::string& text) {
     throw std::runtime_error("cannot read size \"" + text + "\": expected WIDTHxHEIGHT, as in 1920x1080");
 }
 
+IMemoryPool& pictureMemory() {
+    static SelfPruningMemoryPool<HostMemoryResource, true> pool(3);
+    return pool;
+}
+
 std::uint64_t PixelBlock::bytes() const {
     const std::uint64_t pixels = std::uint64_t(size.width) * std::uint64_t(size.height);
     return pixels * std::uint64_t(channels) * (halfFloats ? sizeof(std::uint16_t) : sizeof(float));
@@ -74,11 +79,7 @@ std::ptrdiff_t PixelBlock::sampleAt(int row, int column, int channel) const {
                                                     : std::ptrdiff_t(channel) * size.width + column);
 }
 
-void PixelBlock::allocate() {
-    // One picture after another in the same memory: fresh memory costs as much as a conversion.
-    static SelfPruningMemoryPool<HostMemoryResource, true> pool(3);
-    samples = std::make_unique<MemoryAccess>(pool, bytes());
-}
+void PixelBlock::allocate(IMemoryPool& memory) { samples = std::make_unique<MemoryAccess>(memory, bytes()); }
 
 Picture::Picture(PictureHeader header, PixelBlock pixels, ChannelPlaces channelPlaces)
     : about(std::move(header)), block(std::move(pixels)), places(channelPlaces) {}

@@ -36,6 +36,10 @@ struct PictureHeader {
     std::string colourSpace; ///< the file's or its reader's tag, such as "sRGB" or "Linear"; may be empty
 };
 
+/// Where pictures lie, one after another in the same memory: fresh memory costs as much as a conversion. A
+/// program that loads the picture library lends it its own.
+IMemoryPool& pictureMemory();
+
 /// How the samples of a row follow one another: pixel by pixel, or all of one channel and then those of the
 /// next.
 enum class SampleOrder { Pixels, Channels };
@@ -54,8 +58,8 @@ struct PixelBlock {
     std::uint64_t bytes() const;
     /// Where a sample is, counted in samples from the first.
     std::ptrdiff_t sampleAt(int row, int column, int channel) const;
-    /// Takes memory for the samples, that of an earlier picture where there is such. Throws std::bad_alloc.
-    void allocate();
+    /// Takes memory for the samples. Throws std::bad_alloc.
+    void allocate(IMemoryPool& memory = pictureMemory());
 };
 
 /// A picture. Outside the block that the file holds it is black, and transparent.

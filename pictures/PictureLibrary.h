@@ -22,7 +22,8 @@ public:
     /// OpenCV may use when the first one is. They throw std::runtime_error that names the file and the
     /// reason.
     virtual PictureHeader header(const std::filesystem::path& file) const = 0;
-    virtual Picture read(const std::filesystem::path& file, const HeaderCheck& check) const = 0;
+    virtual Picture read(const std::filesystem::path& file, const HeaderCheck& check,
+                         IMemoryPool& memory) const = 0;
 
     /// What the extension of a picture's name stands for. Throws std::runtime_error for an extension that
     /// stands for no type that can be written.
@@ -32,8 +33,9 @@ protected:
     ~PictureLibrary() = default;
 };
 
-/// The module's one symbol, with C linkage.
-using PictureLibraryEntry = const PictureLibrary* (*)();
+/// The module's one symbol, with C linkage. Gives null to a program of another version, whose classes may be
+/// others.
+using PictureLibraryEntry = const PictureLibrary* (*)(const char* programVersion);
 constexpr const char* pictureLibraryEntry = "zetPictureLibrary";
 
 } // namespace ZetTool

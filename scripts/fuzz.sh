@@ -1,7 +1,7 @@
 #!/bin/bash
 # Builds the fuzzers and runs them for some time each.
 #
-#   scripts/fuzz.sh [SECONDS] [FUZZERS...]    60 seconds of each of reader, headers, encoder and names by default
+#   scripts/fuzz.sh [SECONDS] [FUZZERS...]    60 seconds of each of reader, headers, encoder, names and exr by default
 #
 # What they learn stays in build/fuzz/corpus; an input that fails is kept in build/fuzz/failures.
 set -euo pipefail
@@ -13,7 +13,7 @@ scripts/install-dependencies.sh build test fuzz
 seconds=${1:-60}
 shift || true
 fuzzers=("$@")
-[[ ${#fuzzers[@]} -gt 0 ]] || fuzzers=(reader headers encoder names)
+[[ ${#fuzzers[@]} -gt 0 ]] || fuzzers=(reader headers encoder names exr)
 
 cmake --preset fuzz -DZET_WERROR="${ZET_WERROR:-OFF}"
 cmake --build --preset fuzz -j "$(nproc)" --target "${fuzzers[@]/#/fuzz_}"

@@ -3,6 +3,7 @@
 #include <OpenEXR/openexr.h>
 #include <opencv2/core/hal/intrin.hpp>
 #include <opencv2/core/utility.hpp>
+#include <strings.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -86,6 +87,8 @@ public:
     std::optional<Picture> read() const override;
 
 private:
+    bool hasCommonMeaning() const;
+    bool hasChunks() const;
     bool findChannels();
     bool findWindows();
     bool readChunk(int chunk, ChunkBytes& bytes, Byte* pixels) const;
@@ -105,17 +108,37 @@ bool OpenExrFile::isCommon() {
     int parts = 0;
     exr_storage_t storage;
     exr_compression_t compression;
-    const exr_attribute_t* attribute;
     if (!context || exr_get_count(context, &parts) != EXR_ERR_SUCCESS || parts != 1 ||
         exr_get_storage(context, 0, &storage) != EXR_ERR_SUCCESS || storage != EXR_STORAGE_SCANLINE ||
         exr_get_compression(context, 0, &compression) != EXR_ERR_SUCCESS ||
         exr_get_scanlines_per_chunk(context, 0, &rowsPerChunk) != EXR_ERR_SUCCESS)
         return false;
-    for (const char* const name : {"oiio:ColorSpace", "oiio:UnassociatedAlpha"})
-        if (exr_get_attribute_by_name(context, 0, name, &attribute) == EXR_ERR_SUCCESS)
-            return false; // OpenImageIO goes by what they say
     isZip = compression == EXR_COMPRESSION_ZIP || compression == EXR_COMPRESSION_ZIPS;
-    return (isZip || compression == EXR_COMPRESSION_NONE) && findChannels() && findWindows();
+    return (isZip || compression == EXR_COMPRESSION_NONE) && hasCommonMeaning() && findChannels() &&
+           findWindows() && hasChunks();
+}
+
+/// Whether no attribute gives the samples another meaning to OpenImageIO, which takes their names in any
+/// case.
+bool OpenExrFile::hasCommonMeaning() const {
+    constexpr std::string_view prefix = "oiio:";
+    std::int32_t count = 0;
+    if (exr_get_attribute_count(context, 0, &count) != EXR_ERR_SUCCESS)
+        return false;
+    for (std::int32_t i = 0; i < count; ++i) {
+        const exr_attribute_t* attribute;
+        if (exr_get_attribute_by_index(context, 0, EXR_ATTR_LIST_FILE_ORDER, i, &attribute) !=
+                EXR_ERR_SUCCESS ||
+            ::strncasecmp(attribute->name, prefix.data(), prefix.size()) == 0)
+            return false;
+    }
+    return true;
+}
+
+/// Whether the table of chunks agrees with the length of the file, as it does when the first is found.
+bool OpenExrFile::hasChunks() const {
+    exr_chunk_info_t info;
+    return exr_read_scanline_chunk_info(context, 0, data.min.y, &info) == EXR_ERR_SUCCESS;
 }
 
 bool OpenExrFile::findChannels() {

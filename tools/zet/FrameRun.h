@@ -5,7 +5,7 @@
 #include "Progress.h"
 #include "SequencePattern.h"
 
-#include <pictures/OutputFile.h>
+#include <pictures/EndOfRun.h>
 
 #include <cstdint>
 #include <functional>

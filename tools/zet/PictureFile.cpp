@@ -7,11 +7,17 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <new>
 #include <stdexcept>
+#include <string>
 #include <system_error>
 
 namespace ZetTool {
 namespace {
+
+[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& reason) {
+    throw std::runtime_error(file.string() + ": " + reason);
+}
 
 const PictureLibrary& loadPictureLibrary() {
     const std::filesystem::path file = ownPictureLibrary();
@@ -19,8 +25,11 @@ const PictureLibrary& loadPictureLibrary() {
     const auto entry =
         module ? reinterpret_cast<PictureLibraryEntry>(::dlsym(module, pictureLibraryEntry)) : nullptr;
     if (!entry)
-        throw std::runtime_error("cannot load the picture library " + file.string() + ": " + ::dlerror());
-    return *entry();
+        throw std::runtime_error("cannot load the picture library: " + std::string(::dlerror()));
+    const PictureLibrary* const loaded = entry(ZET_VERSION);
+    if (!loaded)
+        refuse(file, "is the picture library of another version of zet");
+    return *loaded;
 }
 
 /// For all but what goes without it.
@@ -30,19 +39,16 @@ const PictureLibrary& library() {
 }
 
 void checkReadable(const std::filesystem::path& file) {
-    const auto refuse = [&](const std::string& reason) {
-        throw std::runtime_error(file.string() + ": " + reason);
-    };
     std::error_code error;
     const auto status = std::filesystem::status(file, error);
     if (status.type() == std::filesystem::file_type::not_found)
-        refuse("does not exist");
+        refuse(file, "does not exist");
     if (is_directory(status))
-        refuse("is a folder");
+        refuse(file, "is a folder");
     if (::access(file.c_str(), R_OK) != 0)
-        refuse(std::generic_category().message(errno));
+        refuse(file, std::generic_category().message(errno));
     if (exists(status) && !is_regular_file(status)) // whose reader may wait for ever
-        refuse("is a device, pipe or socket, not a file");
+        refuse(file, "is a device, pipe or socket, not a file");
 }
 
 } // namespace
@@ -57,12 +63,18 @@ PictureHeader readPictureHeader(const std::filesystem::path& file) {
 Picture readPicture(const std::filesystem::path& file, const HeaderCheck& check) {
     checkReadable(file);
     if (const auto exr = ExrFile::open(file)) {
+        const PictureHeader header = exr->header();
         if (check)
-            check(exr->header());
-        if (auto picture = exr->read())
-            return std::move(*picture);
-    } // which does not say what is wrong
-    return library().read(file, check);
+            check(header);
+        try {
+            if (auto picture = exr->read())
+                return std::move(*picture);
+        } catch (const std::bad_alloc&) {
+            refuse(file, "not enough memory for " + header.size.text() + " pixels");
+        }
+        // The library says what is wrong with it.
+    }
+    return library().read(file, check, pictureMemory());
 }
 
 std::unique_ptr<const PictureFileType> pictureFileType(const std::filesystem::path& file) {
