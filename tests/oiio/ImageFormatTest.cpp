@@ -5,7 +5,6 @@
 #include <oiio/MediaFileInput.h>
 #include <oiio/MediaFileOutput.h>
 #include <pictures/FrameConversion.h>
-#include <tests/TestSupport.h>
 #include <tests/tools/ToolProcess.h>
 
 #include <OpenImageIO/filesystem.h>
@@ -28,7 +27,7 @@ namespace {
 
 const std::vector<float> colour{0.25f, 0.5f, 0.75f, 0.4f}; // R, G, B, A
 
-class ImageFormatTest : public Test {
+class ImageFormatTest : public Test, public ToolFolder {
 protected:
     std::string file(const std::string& name) const { return (folder / name).string(); }
 
@@ -44,8 +43,6 @@ protected:
             file("a.zet"), ZetTool::convertFrame(std::move(converted), format));
         return file("a.zet");
     }
-
-    const TemporaryFolder folder;
 };
 
 ImageSpec specFor(int width, int height, const std::string& format) {
@@ -181,14 +178,10 @@ TEST_F(ImageFormatTest, ShowsWholeFilesOnly) {
 
 TEST_F(ImageFormatTest, ServesTheToolAsASource) {
     const auto source = write(FullFrameFormat::BGRA_U8());
-    const auto result =
-        Process({ZET_PROGRAM, "write", source, "-o", file("b.zet"), "-f", "rgba8", "-q"}, folder.path())
-            .wait();
-    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(zet("write a.zet -o b.zet -f rgba8 -q").errors, "");
     EXPECT_THAT(bytesOf(folder / "b.zet").at(28), AllOf(Ge(63), Le(65)));
     std::filesystem::resize_file(source, 50);
-    const auto failed =
-        Process({ZET_PROGRAM, "write", source, "-o", file("b.zet"), "-q"}, folder.path()).wait();
+    const auto failed = zet("write a.zet -o b.zet -q");
     EXPECT_EQ(failed.exitCode, 1);
     EXPECT_THAT(failed.errors, HasSubstr("a.zet: File of 50 bytes is 106 bytes too short"));
 }

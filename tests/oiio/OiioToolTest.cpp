@@ -1,19 +1,14 @@
 // What oiiotool makes of media files with nothing but OIIO_LIBRARY_PATH set.
 #include <plugin/OutputFormats.h>
-#include <tests/TestSupport.h>
 #include <tests/tools/TestPictureFile.h>
 #include <tests/tools/ToolProcess.h>
-
-#include <filesystem>
-#include <string>
-#include <vector>
 
 using namespace testing;
 using namespace TestSupport;
 
 namespace {
 
-class OiioTool : public Test {
+class OiioTool : public Test, public ToolFolder {
 protected:
     OiioTool() {
         // Light beyond white, straight alpha, and a file that holds less than the picture.
@@ -25,15 +20,9 @@ protected:
         });
     }
 
-    ProcessResult run(std::vector<std::string> arguments) const {
-        return Process(arguments, folder.path()).wait();
+    ProcessResult oiiotool(const std::string& arguments) const {
+        return run("OIIO_LIBRARY_PATH='" ZET_IMAGE_IO_FOLDER "' oiiotool " + arguments);
     }
-    ProcessResult oiiotool(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), {"env", "OIIO_LIBRARY_PATH=" ZET_IMAGE_IO_FOLDER, "oiiotool"});
-        return run(arguments);
-    }
-
-    const TemporaryFolder folder;
 };
 
 TEST_F(OiioTool, WritesTheBytesOfTheTool) {
@@ -41,26 +30,26 @@ TEST_F(OiioTool, WritesTheBytesOfTheTool) {
     for (const OutputFormat& output : outputFormats)
         choices.emplace_back(output.shortName, "auto");
     for (const auto& [format, transfer] : choices) {
-        const auto byOiio = oiiotool({"p.exr", "--attrib", "zet:format", format, "--attrib", "zet:transfer",
-                                      transfer, "-o", "oiio.zet"});
-        const auto byTool = run({ZET_PROGRAM, "write", "p.exr", "-o", "tool.zet", "--format", format,
-                                 "--transfer", transfer, "-q"});
+        const auto byOiio = oiiotool("p.exr --attrib zet:format '" + format + "' --attrib zet:transfer " +
+                                     transfer + " -o oiio.zet");
+        const auto byTool =
+            zet("write p.exr -o tool.zet -q --format '" + format + "' --transfer " + transfer);
         EXPECT_EQ(byOiio.exitCode + byTool.exitCode, 0) << format << byOiio.errors << byTool.errors;
         EXPECT_EQ(bytesOf(folder / "oiio.zet"), bytesOf(folder / "tool.zet")) << format << " " << transfer;
     }
 }
 
 TEST_F(OiioTool, TellsWhatIsInAFileAndTakesItBack) {
-    for (const char* format : {"rgba8", "4224"}) {
-        ASSERT_EQ(oiiotool({"p.exr", "--attrib", "zet:format", format, "-o", "a.zet"}).exitCode, 0);
-        const auto info = oiiotool({"--info", "-v", "a.zet"});
+    for (const std::string format : {"rgba8", "4224"}) {
+        ASSERT_EQ(oiiotool("p.exr --attrib zet:format " + format + " -o a.zet").exitCode, 0);
+        const auto info = oiiotool("--info -v a.zet");
         for (const std::string line : {"32 x   16, 4 channel", "R, G, B, A", "oiio:ColorSpace: \"sRGB\""})
             EXPECT_THAT(info.output, HasSubstr(line));
-        EXPECT_THAT(info.output, ContainsRegex("zet:format: (\")?" + std::string(format)));
+        EXPECT_THAT(info.output, ContainsRegex("zet:format: (\")?" + format));
         // The attribute has the copy written in the same format.
-        const auto again = oiiotool({"a.zet", "-o", "b.9zt", "-o", "c.tif"});
+        const auto again = oiiotool("a.zet -o b.9zt -o c.tif");
         EXPECT_EQ(again.exitCode, 0) << again.errors;
-        EXPECT_EQ(oiiotool({"a.zet", "c.tif", "--diff"}).exitCode, 0) << format;
+        EXPECT_EQ(oiiotool("a.zet c.tif --diff").exitCode, 0) << format;
     }
 }
 

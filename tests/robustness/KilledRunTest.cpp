@@ -1,6 +1,7 @@
 // Runs that are killed or interrupted at any moment. scripts/kill.sh repeats these tests many times.
-#include <tests/TestSupport.h>
 #include <tests/tools/ToolProcess.h>
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <chrono>
@@ -24,24 +25,14 @@ unsigned seed() {
     return given != 0 ? given : 1 + std::random_device()() % 99999;
 }
 
-class KilledRunTest : public TestWithParam<int> {
+class KilledRunTest : public TestWithParam<int>, public ToolFolder {
 protected:
-    /// Writes a sequence with its manifest to a new folder, or goes on with one that is there.
-    std::vector<std::string> writing(const std::string& output,
-                                     const std::vector<std::string>& more = {}) const {
+    /// Writing a sequence with its manifest to a new folder, or going on with one that is there.
+    std::string writing(const std::string& output) const {
         fs::create_directory(folder / output);
-        std::vector<std::string> call{ZET_PROGRAM,  "write",
-                                      "--chart",    "160x90",
-                                      "--frames",   "1-300",
-                                      "--jobs",     "3",
-                                      "-f",         "rgb10",
-                                      "-o",         output + "/%d.zet",
-                                      "--manifest", output + ".manifest"};
-        call.insert(call.end(), more.begin(), more.end());
-        return call;
-    }
-    ProcessResult run(const std::vector<std::string>& call) const {
-        return Process(call, folder.path()).wait();
+        return fmt::format("write --chart 160x90 --frames 1-300 --jobs 3 -f rgb10 -o {0}/%d.zet "
+                           "--manifest {0}.manifest ",
+                           output);
     }
 
     Files filesIn(const std::string& name, bool hidden) const {
@@ -51,13 +42,11 @@ protected:
                 files[file] = bytesOf(entry.path());
         return files;
     }
-
-    const TemporaryFolder folder;
 };
 
 TEST_P(KilledRunTest, LeavesWholeFilesAndCanGoOn) {
     const auto begin = Clock::now();
-    ASSERT_EQ(run(writing("whole")).exitCode, 0);
+    ASSERT_EQ(zet(writing("whole")).exitCode, 0);
     const std::chrono::duration<double> duration = Clock::now() - begin;
     const Files expected = filesIn("whole", true);
     ASSERT_EQ(expected.size(), 300u);
@@ -70,7 +59,7 @@ TEST_P(KilledRunTest, LeavesWholeFilesAndCanGoOn) {
         fs::remove(folder / "killed.manifest");
         const std::chrono::duration<double> moment = duration * (random() % 1000 / 1000.0);
         SCOPED_TRACE("round " + std::to_string(round) + ", after " + std::to_string(moment.count()) + " s");
-        Process process(writing("killed"), folder.path());
+        Process process = start(writing("killed"));
         std::this_thread::sleep_for(moment);
         process.send(GetParam());
         process.wait();
@@ -83,25 +72,24 @@ TEST_P(KilledRunTest, LeavesWholeFilesAndCanGoOn) {
             std::count(std::istreambuf_iterator(manifest), {}, '\n') - 1; // below the head line
         ASSERT_GE(entries, static_cast<long>(left.size()) - 3)
             << "only frames in hand may lack their entries";
-        const ProcessResult resumed = run(writing("killed", {"--resume"}));
+        const ProcessResult resumed = zet(writing("killed") + "--resume");
         ASSERT_EQ(resumed.exitCode, 0) << resumed.errors;
         ASSERT_EQ(filesIn("killed", true), expected) << "the same files, and no others left";
-        const ProcessResult check = run(
-            {ZET_PROGRAM, "check", "killed/%d.zet", "--frames", "1-300", "--manifest", "killed.manifest"});
+        const ProcessResult check = zet("check killed/%d.zet --frames 1-300 --manifest killed.manifest");
         ASSERT_EQ(check.exitCode, 0) << check.output << check.errors;
     }
 }
 
 TEST_P(KilledRunTest, LeavesTheEntriesOfFilesItDidNotReplace) {
-    ASSERT_EQ(run(writing("twice")).exitCode, 0);
+    ASSERT_EQ(zet(writing("twice")).exitCode, 0);
     const auto listed = fs::file_size(folder / "twice.manifest");
-    Process process(writing("twice"), folder.path());
+    Process process = start(writing("twice"));
     const auto deadline = Clock::now() + std::chrono::minutes(1);
     while (fs::file_size(folder / "twice.manifest") == listed && Clock::now() < deadline)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     process.send(GetParam());
     process.wait();
-    const ProcessResult check = run({ZET_PROGRAM, "check", "twice/%d.zet", "--manifest", "twice.manifest"});
+    const ProcessResult check = zet("check twice/%d.zet --manifest twice.manifest");
     if (GetParam() == SIGINT || check.exitCode == 0)
         EXPECT_THAT(check.output, StartsWith("PASS"));
     else // frames in hand

@@ -3,14 +3,12 @@
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 #include <host/EmbeddedHost.h>
-#include <tests/TestSupport.h>
 #include <tests/host/TestPicture.h>
 #include <tests/tools/ToolProcess.h>
 
 #include <fmt/format.h>
 
 #include <chrono>
-#include <set>
 #include <thread>
 
 #include <sys/mount.h>
@@ -45,7 +43,7 @@ private:
     bool mounted;
 };
 
-class SystemFaultTest : public Test {
+class SystemFaultTest : public Test, public ToolFolder {
 protected:
     static void SetUpTestSuite() { EmbeddedHost::loadPlugin(ZET_PLUGIN_FILE); }
     void SetUp() override {
@@ -54,7 +52,7 @@ protected:
         fs::create_directory(folder / "folder1.zet");
     }
 
-    void expectRefused(const fs::path& file, const char* message) {
+    void expectReported(const fs::path& file, const char* message) {
         SCOPED_TRACE(file);
         MediaConversion::FileStreamFactory files;
         try {
@@ -71,32 +69,19 @@ protected:
         EXPECT_THAT(node.render(picture, file).criticalErrors, ElementsAre(message));
     }
 
-    std::vector<std::string> writing(const std::string& frames, const std::string& output) const {
-        return {ZET_PROGRAM, "write", "--chart", fmt::format("{0}x{0}", side),
-                "--frames",  frames,  "-j",      "1",
-                "-f",        "rgb8",  "-o",      output};
-    }
-    ProcessResult write(const std::string& output, const std::string& frames = "1-3") const {
-        return Process(writing(frames, output), folder.path()).wait();
-    }
-    /// All that is in the folder, hidden files included.
-    std::set<std::string> namesIn(const char* name) const {
-        std::set<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder / name))
-            names.insert(entry.path().filename().string());
-        return names;
+    static std::string writing(const std::string& output, const std::string& frames = "1-3") {
+        return fmt::format("write --chart {0}x{0} -j 1 -f rgb8 --frames {1} -o {2}", side, frames, output);
     }
 
-    const TemporaryFolder folder;
     const std::string longName = std::string(252, 'n') + "%d.zet"; // two characters too long
 };
 
 TEST_F(SystemFaultTest, LibraryAndPlugInReportIt) {
-    expectRefused(folder / "gone/f.zet", "Failed to open file");
-    expectRefused(folder / "file/f.zet", "Failed to open file");
-    expectRefused(folder / "folder1.zet", "Failed to open file");
-    expectRefused(folder / longName, "Failed to open file");
-    expectRefused("/dev/full", "Failed to write file");
+    expectReported(folder / "gone/f.zet", "Failed to open file");
+    expectReported(folder / "file/f.zet", "Failed to open file");
+    expectReported(folder / "folder1.zet", "Failed to open file");
+    expectReported(folder / longName, "Failed to open file");
+    expectReported("/dev/full", "Failed to write file");
 }
 
 TEST_F(SystemFaultTest, TheToolNamesFolderOrFramesAndLeavesNothingBehind) {
@@ -104,12 +89,12 @@ TEST_F(SystemFaultTest, TheToolNamesFolderOrFramesAndLeavesNothingBehind) {
              {"file/%d.zet", 2, "\"file\" is a file"},
              {"out/" + longName, 1, "3 of 3 frames failed: 1-3"},
          }) {
-        const ProcessResult result = write(output);
+        const ProcessResult result = zet(writing(output));
         EXPECT_EQ(result.exitCode, exitCode) << output;
         EXPECT_THAT(result.errors, HasSubstr(message));
         EXPECT_THAT(namesIn("out"), IsEmpty());
     }
-    EXPECT_EQ(write("out/\xff\xfe%d.zet").exitCode, 0) << "a name is bytes, in whatever encoding";
+    EXPECT_EQ(zet(writing("out/\xff\xfe%d.zet")).exitCode, 0) << "a name is bytes, in whatever encoding";
     EXPECT_EQ(namesIn("out").count("\xff\xfe"
                                    "3.zet"),
               1u);
@@ -119,7 +104,7 @@ TEST_F(SystemFaultTest, AFullDiskIsNoticed) {
     const SmallDisk disk(folder / "disk", 0, "size=32k"); // room for two files and four bytes
     if (!disk)
         GTEST_SKIP() << "only root may mount a small disk";
-    const ProcessResult result = write("disk/%d.zet", "1-9");
+    const ProcessResult result = zet(writing("disk/%d.zet", "1-9"));
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.errors, AllOf(HasSubstr("frame 3: disk/3.zet: Failed to write file; the disk is full"),
                                      HasSubstr("1 of 9 frames failed: 3\n"),
@@ -129,24 +114,19 @@ TEST_F(SystemFaultTest, AFullDiskIsNoticed) {
         EXPECT_EQ(fs::file_size(folder / name), fileBytes);
     // Whoever writes the pictures may be careless.
     for (const std::string type : {"png", "tif", "exr", "jpg", "tga", "bmp", "sgi"}) {
-        const ProcessResult read =
-            Process({ZET_PROGRAM, "read", "disk/%d.zet", "-o", "disk/%d." + type, "-q", "-j", "1"},
-                    folder.path())
-                .wait();
+        const ProcessResult read = zet("read disk/%d.zet -q -j 1 -o disk/%d." + type);
         EXPECT_EQ(read.exitCode, 1) << type;
         EXPECT_THAT(read.errors, AllOf(HasSubstr("disk/1." + type + ": cannot be written: "),
                                        HasSubstr("stopped with 1 of 2 frames not begun\n")));
     }
     EXPECT_THAT(namesIn("disk"), ElementsAre("1.zet", "2.zet"));
-    expectRefused(folder / "disk/3.zet", "Failed to write file");
+    expectReported(folder / "disk/3.zet", "Failed to write file");
 }
 
 TEST_F(SystemFaultTest, OutputThatCannotBePrintedIsNoSuccess) {
-    ASSERT_EQ(write("out/%d.zet").exitCode, 0);
+    ASSERT_EQ(zet(writing("out/%d.zet")).exitCode, 0);
     for (const std::string command : {"info out/1.zet", "check out/%d.zet --json", "formats", "--version"}) {
-        const ProcessResult result =
-            Process({"sh", "-c", "exec \"$0\" " + command + " > /dev/full", ZET_PROGRAM}, folder.path())
-                .wait();
+        const ProcessResult result = zet(command + " > /dev/full");
         EXPECT_EQ(result.exitCode, 2) << command;
         EXPECT_EQ(result.errors, "zet: standard output cannot be written\n") << command;
     }
@@ -156,14 +136,12 @@ TEST_F(SystemFaultTest, AReadOnlyDiskIsNoticed) {
     const SmallDisk disk(folder / "disk", MS_RDONLY, nullptr);
     if (!disk)
         GTEST_SKIP() << "only root may mount a small disk";
-    expectRefused(folder / "disk/f.zet", "Failed to open file");
-    const ProcessResult result = write("disk/%d.zet");
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_THAT(result.errors, HasSubstr("\"disk\": Read-only file system"));
+    expectReported(folder / "disk/f.zet", "Failed to open file");
+    expectRefused(writing("disk/%d.zet"), "\"disk\": Read-only file system");
 }
 
 TEST_F(SystemFaultTest, AFolderThatVanishesDuringTheRunCostsOnlyItsFrames) {
-    Process process(writing("1-3000", "out/%d.zet"), folder.path());
+    Process process = start(writing("out/%d.zet", "1-3000"));
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     while (!fs::exists(folder / "out/5.zet")) {
         ASSERT_LT(std::chrono::steady_clock::now(), deadline);

@@ -1,6 +1,5 @@
 // "zet write --verify" and "--manifest": what is read back of files that were just written.
 #include <pictures/FormatChoice.h>
-#include <tests/TestSupport.h>
 #include <tests/tools/TestPictureFile.h>
 #include <tests/tools/ToolProcess.h>
 #include <tools/zet/Checksum.h>
@@ -17,27 +16,15 @@ using ZetTool::Manifest;
 
 namespace {
 
-class ReadBackTest : public Test {
+class ReadBackTest : public Test, public ToolFolder {
 protected:
-    std::vector<std::string> writing(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), {ZET_PROGRAM, "write"});
-        return arguments;
-    }
-    ProcessResult write(const std::vector<std::string>& arguments) const {
-        return Process(writing(arguments), folder.path()).wait();
-    }
-    void overwrite(const std::string& name, std::streamoff offset, char byte) const {
-        std::fstream stream(folder / name, std::ios::in | std::ios::out | std::ios::binary);
-        stream.seekp(offset).put(byte);
-    }
+    ProcessResult write(const std::string& arguments) const { return zet("write " + arguments); }
     /// The one in the manifest; empty when there is none.
     std::string checksum(const std::string& name) const {
         const auto sums = Manifest::load(folder / "m").sums;
         const auto found = sums.find(name);
         return found == sums.end() ? "" : found->second.checksum;
     }
-
-    const TemporaryFolder folder;
 };
 
 TEST_F(ReadBackTest, FindsNothingWrongWithGoodFiles) {
@@ -48,10 +35,10 @@ TEST_F(ReadBackTest, FindsNothingWrongWithGoodFiles) {
     auto straight = pictureSpec(8, 8, {"R", "G", "B", "A"}, OIIO::TypeUInt16);
     straight.attribute("oiio:UnassociatedAlpha", 1);
     writePictureFile(folder / "straight.tif", straight, sample);
-    for (const char* picture : {"linear.exr", "straight.tif"})
+    for (const std::string picture : {"linear.exr", "straight.tif"})
         for (const auto& output : outputFormats) {
             const ProcessResult result =
-                write({picture, "-o", "f.zet", "-f", output.shortName, "--transfer", "srgb", "--verify"});
+                write(picture + " -o f.zet --transfer srgb --verify -f " + output.shortName);
             EXPECT_EQ(result.exitCode, 0) << result.errors;
             EXPECT_THAT(result.output, HasSubstr("wrote and verified f.zet"));
         }
@@ -60,25 +47,25 @@ TEST_F(ReadBackTest, FindsNothingWrongWithGoodFiles) {
 TEST_F(ReadBackTest, TellsWhereAFileDiffers) {
     writePictureFile(folder / "p.png", pictureSpec(8, 4, {"R", "G", "B"}, OIIO::TypeUInt8),
                      [](int x, int, int) { return static_cast<float>(x) / 255; });
-    const auto verify = [&](const char* format) {
+    const auto verify = [&](const std::string& format) {
         ZetTool::Picture picture = ZetTool::readPicture(folder / "p.png");
         return ZetTool::verifyFile(folder / "f.zet", picture, {}, ZetTool::findOutputFormat(format));
     };
     // The offset of the byte that is changed. All pixel bytes of column 0 are 0.
     for (const auto& [format, offset, told] : {
-             std::tuple{"rgb8", 0, "Magic"},
+             std::tuple{std::string("rgb8"), 0, "Magic"},
              {"rgb8", 22, "at offset 22 is 153"},
              {"rgb8", 28 + 8 * 3 + 5, "offset 57 is 0x99, expected 0x01"},
              {"rgba8", 28 + 8 * 4 * 4 - 1, "offset 155 is 0x99, expected 0xFF"},
              {"420", 28 + 48 - 1, "offset 75 is 0x99, expected 0x"},
          }) {
-        ASSERT_EQ(write({"p.png", "-o", "f.zet", "-f", format}).exitCode, 0);
+        ASSERT_EQ(write("p.png -o f.zet -f " + format).exitCode, 0);
         EXPECT_EQ(verify(format), ZetTool::sumFile(folder / "f.zet"));
-        overwrite("f.zet", offset, static_cast<char>(0x99));
+        overwrite("f.zet", offset, 0x99);
         EXPECT_THAT(messageOf([&, name = format] { verify(name); }), HasSubstr(told))
             << format << ' ' << offset;
     }
-    ASSERT_EQ(write({"p.png", "-o", "f.zet", "-f", "rgb10"}).exitCode, 0); // a whole file
+    ASSERT_EQ(write("p.png -o f.zet -f rgb10").exitCode, 0); // a whole file
     EXPECT_THAT(messageOf([&] { verify("rgba8"); }),
                 HasSubstr("holds 8x4 pixels of RGB_U10_RGB-DPX-FILLED, expected 8x4 of RGBA_U8_RGBA"));
 }
@@ -86,15 +73,13 @@ TEST_F(ReadBackTest, TellsWhereAFileDiffers) {
 TEST_F(ReadBackTest, AFileThatIsNotWhatWasConvertedNeverAppears) {
     writePictureFile(folder / "black.png", pictureSpec(6, 4, {"R", "G", "B"}, OIIO::TypeUInt8),
                      [](int, int, int) { return 0.0f; });
-    std::vector<std::string> call{"black.png", "-o",          "f.zet",      "-f", "rgb8",
-                                  "--plugin",  FAULTY_WRITER, "--manifest", "m"};
+    const std::string call = "black.png -o f.zet -f rgb8 --manifest m --plugin " FAULTY_WRITER;
     ASSERT_EQ(write(call).exitCode, 0);
     EXPECT_NE(checksum("f.zet"), "");
     fs::remove(folder / "f.zet");
     fs::remove(folder / "m");
 
-    call.push_back("--verify");
-    const ProcessResult result = write(call);
+    const ProcessResult result = write(call + " --verify");
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.errors, HasSubstr("frame 1: f.zet: read back, it is not what was written: the pixel "
                                          "byte at offset 68 is 0x07, expected 0x00"));
@@ -115,23 +100,22 @@ TEST_F(ReadBackTest, SumsAreThoseOfTheWholeFile) {
 }
 
 TEST_F(ReadBackTest, AManifestStaysTrueOverManyRuns) {
-    const auto writeFrames = [&](const char* frames, const char* size, std::vector<std::string> more) {
-        more.insert(more.end(), {"--chart", size, "-o", "it's %d.zet", "-f", "rgb8", "--frames", frames});
-        const ProcessResult result = write(more);
+    const auto writeFrames = [&](const std::string& arguments) {
+        const ProcessResult result = write("-o \"it's %d.zet\" -f rgb8 " + arguments);
         EXPECT_EQ(result.exitCode, 0) << result.errors;
         return result.output;
     };
-    writeFrames("1-5", "16x8", {"--manifest", "m"});
-    writeFrames("6", "16x8", {"--manifest", "m", "--verify"});
-    writeFrames("4", "8x8", {"--manifest", "m"});
-    writeFrames("7", "16x8", {});
+    writeFrames("--chart 16x8 --frames 1-5 --manifest m");
+    writeFrames("--chart 16x8 --frames 6 --manifest m --verify");
+    writeFrames("--chart 8x8 --frames 4 --manifest m");
+    writeFrames("--chart 16x8 --frames 7");
     EXPECT_EQ(Manifest::load(folder / "m").sums.size(), 6u);
     EXPECT_EQ(Manifest::load(folder / "m").sums.at("it's 4.zet").bytes, 220u);
 
     overwrite("it's 2.zet", 100, 1);
     fs::resize_file(folder / "it's 3.zet", 200);
     std::ofstream(folder / "m", std::ios::app) << std::string(32, '0') + " 412 it's 1.z"; // by a killed run
-    EXPECT_THAT(writeFrames("1-7", "16x8", {"--manifest", "m", "--resume"}),
+    EXPECT_THAT(writeFrames("--chart 16x8 --frames 1-7 --manifest m --resume"),
                 HasSubstr("whole already: 3 frames"));
     const Manifest manifest = Manifest::load(folder / "m");
     for (int frame = 1; frame <= 7; ++frame)
@@ -141,10 +125,7 @@ TEST_F(ReadBackTest, AManifestStaysTrueOverManyRuns) {
 TEST_F(ReadBackTest, NoForeignFileIsTakenForAManifest) {
     std::ofstream(folder / "picture.exr") << "dear picture";
     for (const std::string manifest : {"picture.exr", "none/m", "."}) {
-        const ProcessResult result =
-            write({"--chart", "8x8", "-o", "%d.zet", "-f", "rgb8", "--manifest", manifest});
-        EXPECT_EQ(result.exitCode, 2) << manifest;
-        EXPECT_THAT(result.errors, HasSubstr("\"" + manifest + "\""));
+        expectRefused("write --chart 8x8 -o %d.zet -f rgb8 --manifest " + manifest, "\"" + manifest + "\"");
         EXPECT_FALSE(fs::exists(folder / "1.zet")) << manifest;
     }
     EXPECT_EQ(bytesOf(folder / "picture.exr").size(), 12u);

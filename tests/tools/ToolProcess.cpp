@@ -2,7 +2,6 @@
 
 #include <array>
 #include <csignal>
-#include <stdexcept>
 #include <system_error>
 
 #include <spawn.h>
@@ -24,22 +23,19 @@ std::string contentOf(int file) {
 
 } // namespace
 
-Process::Process(const std::vector<std::string>& arguments, const std::filesystem::path& folder)
+Process::Process(const std::string& line, const std::filesystem::path& folder)
     : outputFile(::memfd_create("output", MFD_CLOEXEC)), errorFile(::memfd_create("errors", MFD_CLOEXEC)) {
-    std::vector<char*> pointers;
-    for (const std::string& argument : arguments)
-        pointers.push_back(const_cast<char*>(argument.c_str()));
-    pointers.push_back(nullptr);
-
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
     posix_spawn_file_actions_adddup2(&actions, outputFile, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, errorFile, STDERR_FILENO);
-    const int error = ::posix_spawnp(&pid, pointers[0], &actions, nullptr, pointers.data(), environ);
+    const std::array<const char*, 4> shell{"sh", "-c", line.c_str(), nullptr};
+    const int error =
+        ::posix_spawn(&pid, "/bin/sh", &actions, nullptr, const_cast<char* const*>(shell.data()), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (error != 0)
-        throw std::system_error(error, std::generic_category(), arguments[0]);
+        throw std::system_error(error, std::generic_category(), line);
 }
 
 Process::~Process() {

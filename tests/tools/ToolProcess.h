@@ -1,9 +1,10 @@
-// Runs programs as a user would and collects what they print.
+// Runs the tool as a user would and collects what it prints.
 #pragma once
 
-#include <filesystem>
+#include <tests/TestSupport.h>
+
+#include <set>
 #include <string>
-#include <vector>
 
 #include <sys/types.h>
 
@@ -16,11 +17,10 @@ struct ProcessResult {
     std::string errors;
 };
 
-/// A program that runs in a folder.
+/// A command line that a shell runs in a folder.
 class Process {
 public:
-    /// The first argument is the program, which is looked for in PATH when it has no slash.
-    Process(const std::vector<std::string>& arguments, const std::filesystem::path& folder);
+    Process(const std::string& line, const std::filesystem::path& folder);
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
     ~Process();
@@ -32,6 +32,42 @@ private:
     pid_t pid = -1;
     int outputFile = -1;
     int errorFile = -1;
+};
+
+/// A folder for zet to run in, removed at its end. Arguments are written as a shell reads them.
+class ToolFolder {
+public:
+    /// The command that begins with it is the process that signals are sent to.
+    Process start(const std::string& arguments) const {
+        return Process("exec '" ZET_PROGRAM "' " + arguments, folder.path());
+    }
+    /// A script, for which zet is a command like any other.
+    ProcessResult run(const std::string& script) const {
+        return Process("zet() { '" ZET_PROGRAM "' \"$@\"; }; " + script, folder.path()).wait();
+    }
+    ProcessResult zet(const std::string& arguments) const { return start(arguments).wait(); }
+
+    /// zet refuses to begin and says why.
+    void expectRefused(const std::string& arguments, const std::string& reason) const {
+        const ProcessResult result = zet(arguments);
+        EXPECT_EQ(result.exitCode, 2) << arguments;
+        EXPECT_THAT(result.errors, testing::HasSubstr(reason)) << arguments;
+    }
+
+    /// All that is in a folder, hidden files included.
+    std::set<std::string> namesIn(const std::string& name) const {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder / name))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
+
+    void overwrite(const std::string& file, std::streamoff offset, int byte) const {
+        std::fstream stream(folder / file, std::ios::in | std::ios::out | std::ios::binary);
+        stream.seekp(offset).put(static_cast<char>(byte));
+    }
+
+    const TemporaryFolder folder;
 };
 
 } // namespace TestSupport

@@ -1,19 +1,13 @@
 // "zet write" as its users run it: the program on real files, through the real plug-in.
-#include <tests/TestSupport.h>
 #include <tests/tools/TestPictureFile.h>
 #include <tests/tools/ToolProcess.h>
 
 #include <chrono>
 #include <csignal>
-#include <filesystem>
 #include <fmt/format.h>
-#include <fstream>
 #include <map>
-#include <set>
-#include <string>
 #include <thread>
 #include <tuple>
-#include <vector>
 
 namespace fs = std::filesystem;
 using namespace testing;
@@ -23,21 +17,12 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-class WriteCommandTest : public Test {
+class WriteCommandTest : public Test, public ToolFolder {
 protected:
     void SetUp() override { fs::create_directory(folder / "out"); }
 
-    /// zet write ARGUMENTS MORE
-    std::vector<std::string> command(std::vector<std::string> arguments,
-                                     const std::vector<std::string>& more = {}) const {
-        arguments.insert(arguments.begin(), {ZET_PROGRAM, "write"});
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return arguments;
-    }
-    ProcessResult write(const std::vector<std::string>& arguments,
-                        const std::vector<std::string>& more = {}) const {
-        return Process(command(arguments, more), folder.path()).wait();
-    }
+    ProcessResult write(const std::string& arguments) const { return zet("write " + arguments); }
+    std::set<std::string> written() const { return namesIn("out"); }
 
     /// Pictures of 8-bit samples, of which each tells its frame.
     void makePictures(const std::string& pattern, const std::vector<int>& frames, int width = 6) const {
@@ -47,21 +32,11 @@ protected:
                              [=](int, int, int) { return static_cast<float>(frame) / 255; });
     }
 
-    /// All that is in the output folder, hidden files included.
-    std::set<std::string> written() const {
-        std::set<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder / "out"))
-            names.insert(entry.path().filename().string());
-        return names;
-    }
-
     /// Whether the file is a whole 8-bit RGB file of a picture that `makePictures` made for this frame.
     bool holdsFrame(const std::string& name, int frame) const {
         const Bytes bytes = bytesOf(folder / "out" / name);
         return bytes.size() == 28 + 72 && Bytes(bytes.begin() + 28, bytes.end()) == Bytes(72, frame);
     }
-
-    const TemporaryFolder folder;
 };
 
 TEST_F(WriteCommandTest, WritesExactlyTheBytesOfThePicture) {
@@ -77,9 +52,9 @@ TEST_F(WriteCommandTest, WritesExactlyTheBytesOfThePicture) {
         writePictureFile(folder / file, spec, [&](int x, int y, int channel) {
             return static_cast<float>(level(x, y, channel)) / 255;
         });
-        for (const std::string format : {"rgb8", "8-bit RGB 4:4:4:4 (+ alpha)"}) {
+        for (const std::string format : {"rgb8", "'8-bit RGB 4:4:4:4 (+ alpha)'"}) {
             const int written = format == "rgb8" ? 3 : 4;
-            ASSERT_EQ(write({file, "-o", "out/f.zet", "-f", format}).errors, "");
+            ASSERT_EQ(write(file + (" -o out/f.zet -f " + format)).errors, "");
             const auto formatBits = static_cast<std::uint8_t>(written == 3 ? 0 : 4);
             Bytes expected{'9',        'z', 't', ' ', 1, 1, 1, 0,  // magic, frame counts, version
                            formatBits, 2,   0,   0,                //
@@ -99,7 +74,7 @@ TEST_F(WriteCommandTest, TakesSceneLinearPicturesToTheDisplay) {
     writePictureFile(folder / "linear.exr", pictureSpec(1, 1, {"R", "G", "B", "A"}, OIIO::TypeHalf),
                      [](int, int, int channel) { return channel == 3 ? 0.5f : 0.125f; });
     for (const auto& [transfer, colour] : std::map<std::string, int>{{"auto", 68}, {"none", 32}}) {
-        EXPECT_EQ(write({"linear.exr", "-o", "out/f.zet", "-f", "rgba8", "--transfer", transfer}).errors, "");
+        EXPECT_EQ(write("linear.exr -o out/f.zet -f rgba8 --transfer " + transfer).errors, "");
         EXPECT_EQ(bytesOf(folder / "out/f.zet").at(28), colour) << transfer;
         EXPECT_EQ(bytesOf(folder / "out/f.zet").at(31), 128) << transfer;
     }
@@ -110,13 +85,13 @@ TEST_F(WriteCommandTest, FindsFramesAndNamesFiles) {
     makePictures("t{}.png", {9});
     makePictures("plain@2x.png", {7});
     using FramesByName = std::map<std::string, int>;
-    for (const auto& [arguments, files] : std::vector<std::pair<std::vector<std::string>, FramesByName>>{
-             {{"s.%04d.png", "-o", "out/%d.zet"}, {{"1.zet", 1}, {"2.zet", 2}, {"3.zet", 3}, {"12.zet", 12}}},
-             {{"s.####.png", "-o", "out/x@@.z9zt", "--frames", "3-1x-2"}, {{"x01.z9zt", 1}, {"x03.z9zt", 3}}},
-             {{"s.@@@@.png", "-o", "out/x.9zt", "--frames", "12"}, {{"x.9zt", 12}}},
-             {{"t9.png", "plain@2x.png", "-o", "out/#.ZET"}, {{"1.ZET", 9}, {"2.ZET", 7}}},
+    for (const auto& [arguments, files] : std::map<std::string, FramesByName>{
+             {"s.%04d.png -o out/%d.zet", {{"1.zet", 1}, {"2.zet", 2}, {"3.zet", 3}, {"12.zet", 12}}},
+             {"s.####.png -o out/x@@.z9zt --frames 3-1x-2", {{"x01.z9zt", 1}, {"x03.z9zt", 3}}},
+             {"s.@@@@.png -o out/x.9zt --frames 12", {{"x.9zt", 12}}},
+             {"t9.png plain@2x.png -o out/#.ZET", {{"1.ZET", 9}, {"2.ZET", 7}}},
          }) {
-        const ProcessResult result = write(arguments, {"--format", "6", "--jobs", "3"});
+        const ProcessResult result = write(arguments + " --format 6 --jobs 3");
         EXPECT_EQ(result.exitCode, 0) << result.errors;
         std::set<std::string> names;
         for (const auto& [name, frame] : files) {
@@ -133,7 +108,7 @@ TEST_F(WriteCommandTest, ABadFrameIsNamedAndTheOthersAreWritten) {
     makePictures("s.{}.png", {1, 2, 5});
     makePictures("s.{}.png", {4}, 8);
     fs::resize_file(folder / "s.2.png", 60);
-    const std::vector<std::string> call{"s.%d.png", "-o", "out/%d.zet", "-f", "rgb8", "--frames", "1-5"};
+    const std::string call = "s.%d.png -o out/%d.zet -f rgb8 --frames 1-5";
     const ProcessResult result = write(call);
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.errors,
@@ -143,13 +118,13 @@ TEST_F(WriteCommandTest, ABadFrameIsNamedAndTheOthersAreWritten) {
     EXPECT_THAT(written(), UnorderedElementsAre("1.zet", "5.zet"));
 
     fs::remove(folder / "out/5.zet");
-    const ProcessResult stopped = write(call, {"--fail-fast", "--jobs", "1"});
+    const ProcessResult stopped = write(call + " --fail-fast --jobs 1");
     EXPECT_EQ(stopped.exitCode, 1);
     EXPECT_THAT(stopped.errors, AllOf(HasSubstr("1 of 5 frames failed: 2\n"),
                                       HasSubstr("3 of 5 frames not begun"), HasSubstr(" write --resume ")));
     EXPECT_THAT(written(), UnorderedElementsAre("1.zet"));
 
-    const ProcessResult plan = write(call, {"--dry-run"});
+    const ProcessResult plan = write(call + " --dry-run");
     EXPECT_EQ(plan.exitCode, 1);
     EXPECT_THAT(plan.errors,
                 AllOf(Not(HasSubstr("frame 1")), HasSubstr("frame 3: "), HasSubstr("frame 4: ")));
@@ -162,51 +137,48 @@ TEST_F(WriteCommandTest, APictureIsRefusedBeforeItTakesMemory) {
     spec.full_width = 6;
     spec.full_height = 4;
     writePictureFile(folder / "s.3.exr", spec, [](int, int, int) { return 0.5f; });
-    const std::vector<std::string> call{"s.1.png", "s.2.png", "s.3.exr", "-o", "out/%d.zet",
-                                        "-f",      "rgb8",    "--jobs",  "1"};
-    EXPECT_THAT(write(call, {"--memory", "161MB"}).errors,
+    const std::string call = "s.1.png s.2.png s.3.exr -o out/%d.zet -f rgb8 --jobs 1";
+    EXPECT_THAT(write(call + " --memory 161MB").errors,
                 AllOf(HasSubstr("frame 2: s.2.png is 200000x4, but the sequence is 6x4\n"),
                       HasSubstr("frame 3: s.3.exr needs 4MB of memory on its way, and each of the frames at "
                                 "once has 1.0 MB (--memory, --jobs)\n")));
     EXPECT_THAT(written(), ElementsAre("1.zet"));
-    EXPECT_THAT(write(call, {"--memory", "170MB"}).errors, HasSubstr("1 of 3 frames failed: 2\n"));
+    EXPECT_THAT(write(call + " --memory 170MB").errors, HasSubstr("1 of 3 frames failed: 2\n"));
 }
 
 TEST_F(WriteCommandTest, WhatCannotBeginSaysWhyAndWritesNothing) {
     makePictures("s.{}.png", {1, 2}, 5);
     std::ofstream(folder / "file");
     fs::create_directory(folder / "out/2.zet");
-    for (const auto& [arguments, message] : std::vector<std::pair<std::vector<std::string>, const char*>>{
-             {{}, "zet: --output is required"},
-             {{"s.%d.png", "-o", "out/%d.zet"}, "\"out/2.zet\" is a folder"},
-             {{"s.%d.png", "-o", "gone/%d.zet"}, "folder \"gone\" does not exist"},
-             {{"s.%d.png", "-o", "out/%d.dpx"}, "unknown extension \".dpx\""},
-             {{"s.%d.png", "-o", "out/x.zet"}, "would take several frames (1-2)"},
-             {{"s.%d.png", "-o", "out/x%d.zet", "-f", "rgb9"}, "unknown format \"rgb9\""},
-             {{"s.%d.png", "-o", "out/x%d.zet", "-f", "420"}, "4x4 or 6x4 would do"},
-             {{"s.%d.png", "-o", "out/x%d.zet", "--frames", ""}, "\"\""},
-             {{"s.%d.png", "-o", "out/x%d.zet", "--frames", "1", "2"}, "write 1-2 for all from 1 to 2"},
-             {{"s.%d.png", "-o", "out/x%d.zet", "--jobs", "0"}, "--jobs"},
-             {{"s.%d.png", "-o", "out/x%d.zet", "--plugin", "file"}, "file"},
-             {{"none.%d.png", "-o", "out/x%d.zet"}, "no picture matches \"none.%d.png\""},
-             {{"s.%d.png", "--chart", "8x8", "-o", "out/x%d.zet"}, "--chart"},
-             {{"--chart", "8", "-o", "out/x%d.zet"}, "\"8\""},
-             {{"--chart", "1920x1080", "-o", "out/x%d.zet", "--memory", "100MB"}, "needs 270MB"},
+    for (const auto& [arguments, reason] : std::map<std::string, std::string>{
+             {"", "zet: --output is required"},
+             {"s.%d.png -o out/%d.zet", "\"out/2.zet\" is a folder"},
+             {"s.%d.png -o gone/%d.zet", "folder \"gone\" does not exist"},
+             {"s.%d.png -o out/%d.dpx", "unknown extension \".dpx\""},
+             {"s.%d.png -o out/x.zet", "would take several frames (1-2)"},
+             {"s.%d.png -o out/x%d.zet -f rgb9", "unknown format \"rgb9\""},
+             {"s.%d.png -o out/x%d.zet -f 420", "4x4 or 6x4 would do"},
+             {"s.%d.png -o out/x%d.zet --frames ''", "\"\""},
+             {"s.%d.png -o out/x%d.zet --frames 1 2", "write 1-2 for all from 1 to 2"},
+             {"s.%d.png -o out/x%d.zet --jobs 0", "--jobs"},
+             {"s.%d.png -o out/x%d.zet --plugin file", "file"},
+             {"none.%d.png -o out/x%d.zet", "no picture matches \"none.%d.png\""},
+             {"s.%d.png --chart 8x8 -o out/x%d.zet", "--chart"},
+             {"--chart 8 -o out/x%d.zet", "\"8\""},
+             {"--chart 1920x1080 -o out/x%d.zet --memory 100MB", "needs 270MB"},
          }) {
-        const ProcessResult result = write(arguments);
-        EXPECT_EQ(result.exitCode, 2) << message;
-        EXPECT_THAT(result.errors, HasSubstr(message));
+        expectRefused("write " + arguments, reason);
         EXPECT_THAT(written(), ElementsAre("2.zet"));
     }
 }
 
 TEST_F(WriteCommandTest, ResumeWritesOnlyWhatIsNotWhole) {
     makePictures("s.{}.png", {1, 2, 3, 4, 5, 6});
-    const std::vector<std::string> call{"s.%d.png", "-o", "out/%d.zet", "-f", "rgb8"};
+    const std::string call = "s.%d.png -o out/%d.zet -f rgb8";
     ASSERT_EQ(write(call).exitCode, 0);
     fs::remove(folder / "out/2.zet");
     fs::resize_file(folder / "out/3.zet", 99);
-    std::fstream(folder / "out/4.zet", std::ios::in | std::ios::out | std::ios::binary) << "XXXX";
+    overwrite("out/4.zet", 0, 'X');
     const auto now = fs::last_write_time(folder / "s.1.png"), later = now + std::chrono::hours(1);
     for (const std::string& name : written())
         fs::last_write_time(folder / "out" / name, later);
@@ -215,15 +187,15 @@ TEST_F(WriteCommandTest, ResumeWritesOnlyWhatIsNotWhole) {
     fs::last_write_time(folder / "s.6.png", now - std::chrono::hours(1));
     fs::last_write_time(folder / "out/6.zet", now - std::chrono::minutes(1));
 
-    const ProcessResult result = write(call, {"--resume"});
+    const ProcessResult result = write(call + " --resume");
     EXPECT_EQ(result.exitCode, 0) << result.errors;
     EXPECT_THAT(result.output, HasSubstr("whole already: 1 frame"));
     for (int frame = 1; frame <= 6; ++frame) {
         EXPECT_EQ(fs::last_write_time(folder / fmt::format("out/{}.zet", frame)) == later, frame == 1);
         EXPECT_TRUE(holdsFrame(fmt::format("{}.zet", frame), frame)) << frame;
     }
-    EXPECT_THAT(write(call, {"--resume"}).output, HasSubstr("100% 6/6 frames")); // nothing left to do
-    EXPECT_THAT(write({"out/../out/%d.zet", "-o", "out/%d.zet", "-f", "dxt5"}).errors,
+    EXPECT_THAT(write(call + " --resume").output, HasSubstr("100% 6/6 frames")); // nothing left to do
+    EXPECT_THAT(write("out/../out/%d.zet -o out/%d.zet -f dxt5").errors,
                 HasSubstr("\"out/1.zet\" is the picture that it would be made from"));
 }
 
@@ -233,9 +205,7 @@ TEST_F(WriteCommandTest, WhatOthersReplaceMeanwhileFailsTheFrame) {
              {"s.1.png", "frame 1: s.1.png changed while it was converted\n"},
              {"m", "frame 1: out/1.zet: was not put in its place: manifest \"m\" is another run's now\n"
                    "zet: 1 of 3 frames failed: 1\nzet: stopped with 2 of 3 frames not begun"}}) {
-        const std::vector<std::string> call{"s.%d.png", "-o",          "out/%d.zet", "-f", "rgb8",
-                                            "--plugin", FAULTY_WRITER, "--manifest", "m",  "-j",
-                                            "1"};
+        const std::string call = "s.%d.png -o out/%d.zet -f rgb8 --manifest m -j 1 --plugin " FAULTY_WRITER;
         ASSERT_EQ(write(call).exitCode, 0);
         fs::remove(folder / "out/1.zet");
         fs::copy_file(folder / name, folder / (name + ".later"));
@@ -248,19 +218,16 @@ TEST_F(WriteCommandTest, WhatOthersReplaceMeanwhileFailsTheFrame) {
 
 TEST_F(WriteCommandTest, FilesThatStayKeepTheirEntries) {
     makePictures("s.{}.png", {1, 2, 3});
-    const std::vector<std::string> call{"s.%d.png", "-o", "out/%d.zet", "-f", "rgb8", "--manifest", "m"};
-    ASSERT_EQ(write(call).exitCode, 0);
-    const auto checked = [&] {
-        return Process({ZET_PROGRAM, "check", "out/%d.zet", "--manifest", "m"}, folder.path()).wait().output;
-    };
+    const std::string call = "s.%d.png -o out/%d.zet --manifest m -f ";
+    ASSERT_EQ(write(call + "rgb8").exitCode, 0);
+    const auto checked = [&] { return zet("check out/%d.zet --manifest m").output; };
     fs::resize_file(folder / "s.2.png", 60);
-    auto refused = call;
-    refused[4] = "rgb10"; // which this plug-in's menu lacks
-    EXPECT_EQ(write(refused, {"--plugin", FAULTY_WRITER}).exitCode, 2);
+    // The menu of this plug-in lacks rgb10.
+    EXPECT_EQ(write(call + "rgb10 --plugin " FAULTY_WRITER).exitCode, 2);
     EXPECT_THAT(checked(), StartsWith("PASS"));
-    EXPECT_EQ(write(call).exitCode, 1);
+    EXPECT_EQ(write(call + "rgb8").exitCode, 1);
     EXPECT_THAT(checked(), StartsWith("PASS"));
-    EXPECT_EQ(write(call, {"--resume"}).exitCode, 1);
+    EXPECT_EQ(write(call + "rgb8 --resume").exitCode, 1);
     EXPECT_THAT(checked(), StartsWith("PASS"));
     // Killed between the two: the entry is taken back, and the new one not there yet.
     std::ofstream(folder / "m", std::ios::app) << "- 3.zet\n";
@@ -268,11 +235,8 @@ TEST_F(WriteCommandTest, FilesThatStayKeepTheirEntries) {
 }
 
 TEST_F(WriteCommandTest, ALimitOnTheSizeOfFilesIsTheFramesError) {
-    const auto call = command({"--chart", "400x300", "--frames", "1-3", "-o", "out/%d.zet", "-f", "rgb8"});
-    std::string line = "ulimit -f 200; exec"; // no file above 100 kB
-    for (const std::string& argument : call)
-        line += " '" + argument + "'";
-    const ProcessResult result = Process({"sh", "-c", line}, folder.path()).wait();
+    const ProcessResult result = // no file above 100 kB
+        run("ulimit -f 200; zet write --chart 400x300 --frames 1-3 -o out/%d.zet -f rgb8");
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.errors,
                 AllOf(HasSubstr("frame 1: out/1.zet: "), HasSubstr("3 of 3 frames failed: 1-3")));
@@ -281,9 +245,7 @@ TEST_F(WriteCommandTest, ALimitOnTheSizeOfFilesIsTheFramesError) {
 
 TEST_F(WriteCommandTest, AnInterruptedRunLeavesOnlyWholeFiles) {
     for (const int signal : {SIGINT, SIGTERM}) {
-        Process process(
-            command({"--chart", "64x64", "--frames", "1-100000", "-o", "out/it's %06d.zet", "-f", "rgb8"}),
-            folder.path());
+        Process process = start("write --chart 64x64 --frames 1-100000 -o \"out/it's %06d.zet\" -f rgb8");
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
         for (const auto before = written().size(); written().size() < before + 5;) {
             ASSERT_LT(std::chrono::steady_clock::now(), deadline);
@@ -304,30 +266,26 @@ TEST_F(WriteCommandTest, AnInterruptedRunLeavesOnlyWholeFiles) {
 }
 
 TEST_F(WriteCommandTest, SaysAsMuchAsIsAskedFor) {
-    const std::vector<std::string> call{"--chart", "12x8",         "--frames", "1-2",
-                                        "-o",      "out/%02d.zet", "-f",       "rgb8"};
-    EXPECT_EQ(write(call, {"--dry-run"}).output,
+    const std::string call = "--chart 12x8 --frames 1-2 -o out/%02d.zet -f rgb8";
+    EXPECT_EQ(write(call + " --dry-run").output,
               "chart -> out/01.zet  12x8  316 bytes\n"
               "chart -> out/02.zet  12x8  316 bytes\n"
               "2 frames of \"8-bit RGB 4:4:4\" would be written, 632 bytes\n");
     EXPECT_THAT(written(), IsEmpty());
-    EXPECT_THAT(write(call, {"--jobs=2"}).output,
+    EXPECT_THAT(write(call + " --jobs=2").output,
                 HasSubstr("wrote out/01.zet to out/02.zet (2 frames of 12x8"));
 
-    EXPECT_THAT(write(call, {"--jobs=2", "--memory=161MB"}).output, HasSubstr("wrote out/01.zet"));
-    EXPECT_THAT(
-        write({"--chart", "1920x1080", "-o", "out/%02d.zet", "--jobs=2", "--memory=270MB", "--dry-run"})
-            .output,
-        HasSubstr("note: 1 frame at once"));
+    EXPECT_THAT(write(call + " --jobs=2 --memory=161MB").output, HasSubstr("wrote out/01.zet"));
+    EXPECT_THAT(write("--chart 1920x1080 -o out/%02d.zet --jobs=2 --memory=270MB --dry-run").output,
+                HasSubstr("note: 1 frame at once"));
 
     makePictures("h.{}.png", {-2000000000, 2000000000});
-    EXPECT_THAT(write({"h.%d.png", "-o", "out/%02d.zet", "-f", "rgb8"}).output,
+    EXPECT_THAT(write("h.%d.png -o out/%02d.zet -f rgb8").output,
                 HasSubstr("note: 3999999999 frames between -2000000000 and 2000000000 have no pictures"));
 
-    EXPECT_EQ(write(call, {"--quiet"}).output, "");
-    EXPECT_THAT(write({"--help"}).output, AllOf(HasSubstr("Exit status"), HasSubstr("422-10")));
-    EXPECT_THAT(Process({ZET_PROGRAM, "--version"}, folder.path()).wait().output,
-                AllOf(HasSubstr("library 0.1.31 Beta"), HasSubstr("instructions")));
+    EXPECT_EQ(write(call + " --quiet").output, "");
+    EXPECT_THAT(write("--help").output, AllOf(HasSubstr("Exit status"), HasSubstr("422-10")));
+    EXPECT_THAT(zet("--version").output, AllOf(HasSubstr("library 0.1.31 Beta"), HasSubstr("instructions")));
 }
 
 } // namespace
