@@ -21,19 +21,16 @@ using Pair = std::pair<FrameFormat, FrameFormat>;
 
 std::map<Pair, Reference> plainFormulas() {
     std::map<Pair, Reference> formulas;
-    auto const add = [&](FormatPairs const& pairs, auto const& formulaOf) {
+    auto const add = [&](FormatPairs const& pairs, Formula const& formulaOf) {
         for (auto const& [source, destination] : pairs)
-            if (source != destination)
-                formulas[{source, destination}] = formulaOf(source, destination);
+            formulas[{source, destination}] = formulaOf(source, destination);
     };
     add(YCbCr::encodings, YCbCr::encoding);
     add(YCbCr::decodings, YCbCr::decoding);
-    add(Dxt::encoderPairs, Dxt::encoding);
-    add(Dxt::decoderPairs, Dxt::decoding);
-    for (auto const& layout : Packing::layouts()) {
-        add(layout.encodings, [&](auto&... formats) { return Packing::packing(layout, formats...); });
-        add(layout.decodings, [&](auto&... formats) { return Packing::unpacking(layout, formats...); });
-    }
+    add(Dxt::encodings, Dxt::encoding);
+    add(Dxt::decodings, Dxt::decoding);
+    add(Packing::encodings, Packing::encoding);
+    add(Packing::decodings, Packing::decoding);
     return formulas;
 }
 
@@ -113,11 +110,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t cou
     auto const& [pair, formula] =
         conversions()[static_cast<std::size_t>(data.ConsumeIntegralInRange<int>(0, last))];
     auto const& [source, destination] = pair;
-    auto const a = source.pixelPacking.pixels(), b = destination.pixelPacking.pixels();
-    int const blockColumns = static_cast<int>(std::max(a.columns, b.columns));
-    int const blockRows = static_cast<int>(std::max(a.rows, b.rows));
-    cv::Size const size(blockColumns * data.ConsumeIntegralInRange(1, 40),
-                        blockRows * data.ConsumeIntegralInRange(1, 3));
+    cv::Size const block = blockOfBoth(source, destination);
+    cv::Size const size(block.width * data.ConsumeIntegralInRange(1, 40),
+                        block.height * data.ConsumeIntegralInRange(1, 3));
     auto const pixels = static_cast<Pixels>(data.ConsumeIntegralInRange(0, 2));
     cv::Mat const picture = pictureFrom(data, source, size, pixels);
     std::string const names = FrameFormat::toString(source) + " to " + FrameFormat::toString(destination) +

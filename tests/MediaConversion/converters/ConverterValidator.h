@@ -1,15 +1,10 @@
 // Tries a converter on many pictures and compares every byte with a plain evaluation of the same formula.
 //
-// A test of a conversion is
+// A test of a processor is
 //
-//     expectConverts<ImageX>(source format, destination format, [](cv::Mat const& source, cv::Mat& expected)
-//     {
-//         ... write each element of `expected`, which has the destination's type and size already ...
-//     });
+//     expectServesExactly<ImageX>(pairs, formula, "X is not supported from ");
 //
-// and one of the table of conversions
-//
-//     expectServesExactly<ImageX>(pairsOf({{sources, destinations}, ...}), "X is not supported from ");
+// where formula(source format, destination format) gives the `Reference` for the pair.
 #pragma once
 
 #include <MediaConversion/MediaPipeline/FullFrame.h>
@@ -95,12 +90,6 @@ inline std::unique_ptr<Zentrel::IImageFrame> frameOf(FrameFormat const& format, 
     return std::make_unique<PackedFrame>(format, matrix, Zentrel::Frame::Origin::TopLeft);
 }
 
-/// Gives the matrix of a packed format random, extreme or equal bytes.
-inline void fillPacked(cv::Mat const& matrix, Filling filling) {
-    cv::Mat const bytes(matrix.size(), CV_8UC(static_cast<int>(matrix.elemSize())), matrix.data, matrix.step);
-    fill(bytes, Zentrel::ChannelType::U8, filling);
-}
-
 /// A picture inside a larger matrix: its rows are not contiguous, and whoever reads beside them gets
 /// plausible samples that are not the picture's.
 class GuardedPicture {
@@ -114,7 +103,8 @@ public:
         if (FullFrame::is(format))
             fill(region, format.channelType, filling);
         else
-            fillPacked(region, filling);
+            fill(cv::Mat(size, CV_8UC(static_cast<int>(region.elemSize())), region.data, region.step),
+                 Zentrel::ChannelType::U8, filling);
         original = surroundings.clone();
     }
 
@@ -150,21 +140,26 @@ inline void expectSameBytes(cv::Mat const& actual, cv::Mat const& expected) {
                        << hexOf(expected.ptr(row, column), bytes);
 }
 
+/// The smallest picture that both formats can have.
+inline cv::Size blockOfBoth(FrameFormat const& source, FrameFormat const& destination) {
+    auto const a = source.pixelPacking.pixels(), b = destination.pixelPacking.pixels();
+    return {static_cast<int>(std::max(a.columns, b.columns)), static_cast<int>(std::max(a.rows, b.rows))};
+}
+
 /// Sizes in pixels that both formats can have: from one block up, around the widths of vectors, and one that
 /// has room for a ramp through all codes of 12 bits.
 inline std::vector<cv::Size> sizesFor(FrameFormat const& source, FrameFormat const& destination) {
-    auto const a = source.pixelPacking.pixels(), b = destination.pixelPacking.pixels();
-    int const blockWidth = static_cast<int>(std::max(a.columns, b.columns));
-    int const blockHeight = static_cast<int>(std::max(a.rows, b.rows));
-    std::vector<cv::Size> sizes{{128, 32}, {blockWidth, 5 * blockHeight}};
+    cv::Size const block = blockOfBoth(source, destination);
+    std::vector<cv::Size> sizes{{128, 32}, {block.width, 5 * block.height}};
     for (int const blocks : {1, 2, 3, 7, 8, 9, 15, 16, 17})
-        sizes.push_back({blocks * blockWidth, (1 + blocks % 3) * blockHeight});
+        sizes.push_back({blocks * block.width, (1 + blocks % 3) * block.height});
     return sizes;
 }
 
 /// What should become of a picture: writes every element of `expected`, which has the destination's type and
 /// size.
 using Reference = std::function<void(cv::Mat const& source, cv::Mat& expected)>;
+using Formula = std::function<Reference(FrameFormat const& source, FrameFormat const& destination)>;
 
 /// The result of one conversion through the processor's own entrance.
 template <class Processor>
@@ -175,6 +170,17 @@ cv::Mat convertedBy(FrameFormat const& destination, std::unique_ptr<Zentrel::IIm
     EXPECT_EQ(result->rows(), rows);
     EXPECT_EQ(result->cols(), columns);
     return dynamic_cast<Zentrel::IImageFrame&>(*result).image();
+}
+
+/// The bytes of the block that the processor makes of these samples, which fill it.
+template <class Processor>
+std::string blockOf(FrameFormat const& source, std::vector<double> const& samples,
+                    FrameFormat const& destination, int rows = 1) {
+    int const type = openCvTypeOf(source);
+    cv::Mat pixels;
+    cv::Mat(samples).reshape(CV_MAT_CN(type), rows).convertTo(pixels, type);
+    cv::Mat const block = convertedBy<Processor>(destination, frameOf(source, pixels));
+    return hexOf(block.data, block.elemSize());
 }
 
 /// For its lifetime conversions use an instruction set and a number of threads.
@@ -234,22 +240,22 @@ inline FormatPairs pairsOf(std::vector<PairGroup> const& groups) {
     return pairs;
 }
 
-/// Of all pairs of formats the processor serves these and refuses the others, with its own message.
+/// Of all pairs of formats the processor converts these as the formula says and refuses the others, with its
+/// own message.
 template <class Processor>
-void expectServesExactly(FormatPairs const& pairs, std::string const& refusal) {
+void expectServesExactly(FormatPairs const& pairs, Formula const& formula, std::string const& refusal) {
     std::vector<FrameFormat> formats{Zentrel::FullFrameFormat::YCBCR_ITU_T871_YCBCR_U10()};
     for (auto const* table : {&FullFrame::openCvTypes, &PackedFrame::openCvTypes})
         for (auto const& [format, type] : *table)
             formats.push_back(format);
     for (FrameFormat const& source : formats)
-        for (FrameFormat const& destination : formats) {
-            auto const names = FrameFormat::toString(source) + " to " + FrameFormat::toString(destination);
-            auto const select = [&] { Processor::selectConversion(source, destination); };
+        for (FrameFormat const& destination : formats)
             if (pairs.count({source, destination}))
-                EXPECT_NO_THROW(select()) << names;
+                expectConverts<Processor>(source, destination, formula(source, destination));
             else
-                EXPECT_EQ(messageOf(select), refusal + names);
-        }
+                EXPECT_EQ(messageOf([&] { Processor::selectConversion(source, destination); }),
+                          refusal + FrameFormat::toString(source) + " to " +
+                              FrameFormat::toString(destination));
 }
 
 } // namespace TestSupport

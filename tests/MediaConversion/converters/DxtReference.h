@@ -222,10 +222,10 @@ inline Reference decoding(FrameFormat const& source, FrameFormat const& destinat
     };
 }
 
-inline const FormatPairs encoderPairs =
+inline const FormatPairs encodings =
     pairsOf({{{F::RGB_U8(), F::BGR_U8(), F::RGBA_U8(), F::BGRA_U8()}, {P::YCOCG_DXT5_U8()}},
              {{F::RGBA_U8()}, {P::RGB_DXT1_U8()}}});
-inline const FormatPairs decoderPairs =
+inline const FormatPairs decodings =
     pairsOf({{{P::YCOCG_DXT5_U8(), P::RGB_DXT1_U8()}, {F::RGB_U8(), F::BGR_U8(), F::BGRA_U8()}}});
 
 } // namespace TestSupport::Dxt

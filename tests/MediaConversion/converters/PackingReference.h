@@ -3,54 +3,55 @@
 
 #include <tests/MediaConversion/converters/ConverterValidator.h>
 
+#include <map>
+
 namespace TestSupport::Packing {
 
 using F = Zentrel::FullFrameFormat;
 using P = Zentrel::PackedFrameFormat;
 using T = Zentrel::ChannelType;
 
-/// What the tests know of a layout: where bit `bit` of each sample of a block lies, in bits from the lowest
-/// one of the first byte upwards, the samples counted pixel by pixel.
+using Formats = std::vector<FrameFormat>;
+inline Formats const dpxFilled{P::RGB_DPX_FILLED_U10(), P::BGR_DPX_FILLED_U10()};
+inline Formats const dpxPacked{P::RGB_DPX_PACKED_U12(), P::BGR_DPX_PACKED_U12()};
+inline Formats const smpte{P::RGB_SMPTE_2110_U12(), P::BGR_SMPTE_2110_U12()};
+inline Formats const ofTwelveBits{dpxPacked[0], dpxPacked[1], smpte[0], smpte[1]};
+inline Formats const all{dpxFilled[0], dpxFilled[1], dpxPacked[0], dpxPacked[1], smpte[0], smpte[1]};
+
+inline FormatPairs const encodings = pairsOf({
+    {{F::RGB_U8(), F::BGR_U8(), F::BGRA_U8(), F::ARGB_U8(), F::BGR_U16(), F::BGRA_U16()}, all},
+    {{F::ARGB_U15plus1(), F::RGB_F32(), F::BGR_F32(), F::BGRA_F32()}, all},
+    {{F::RGB_U10(), F::BGR_U10()}, dpxFilled},
+    {{F::RGB_U12(), F::BGR_U12()}, ofTwelveBits},
+});
+inline FormatPairs const decodings = pairsOf({
+    {all, {F::RGB_U8(), F::BGR_U8(), F::BGRA_U8(), F::ARGB_U8()}},
+    {all, {F::BGRA_U16(), F::ARGB_U15plus1(), F::BGRA_F32()}},
+    {dpxFilled, {F::RGB_U10(), F::BGR_U10(), F::RGB_U16(), F::RGBA_U8()}},
+    {dpxPacked, {F::RGBA_U8()}},
+    {smpte, {F::RGB_U16()}},
+    {ofTwelveBits, {F::RGB_U12(), F::BGR_U12()}},
+});
+
+/// Where bit `bit` of each sample of a block lies, in bits from the lowest one of the first byte upwards, the
+/// samples counted pixel by pixel.
 struct Layout {
-    FrameFormat rgb, bgr;
     int bits, pixels;
     int (*position)(int sample, int bit);
-    FormatPairs encodings, decodings;
 };
 
-inline Layout layoutOf(FrameFormat const& rgb, FrameFormat const& bgr, int bits, int pixels,
-                       int (*position)(int sample, int bit), std::vector<FrameFormat> const& ofSameDepth,
-                       std::vector<FrameFormat> const& decodedToo) {
-    std::vector<FrameFormat> const alsoDecodedTo{F::RGB_U8(),       F::BGR_U8(),   F::BGRA_U8(),
-                                                 F::BGRA_U16(),     F::BGRA_F32(), F::ARGB_U8(),
-                                                 F::ARGB_U15plus1()};
-    std::vector<FrameFormat> const encodedOnly{F::RGB_F32(), F::BGR_U16(), F::BGR_F32()};
-    std::vector<FrameFormat> const both{rgb, bgr};
-    return {rgb,
-            bgr,
-            bits,
-            pixels,
-            position,
-            pairsOf({{alsoDecodedTo, both}, {encodedOnly, both}, {ofSameDepth, both}}),
-            pairsOf({{both, alsoDecodedTo}, {both, decodedToo}, {both, ofSameDepth}})};
-}
-
-inline std::vector<Layout> const& layouts() {
-    static std::vector<Layout> const instance{
-        layoutOf(P::RGB_DPX_FILLED_U10(), P::BGR_DPX_FILLED_U10(), 10, 1,
-                 [](int sample, int bit) { return 22 - 10 * sample + bit; }, {F::RGB_U10(), F::BGR_U10()},
-                 {F::RGB_U16(), F::RGBA_U8()}),
-        layoutOf(P::RGB_DPX_PACKED_U12(), P::BGR_DPX_PACKED_U12(), 12, 2,
-                 [](int sample, int bit) { return 12 * sample + bit; }, {F::RGB_U12(), F::BGR_U12()},
-                 {F::RGBA_U8()}),
-        layoutOf(P::RGB_SMPTE_2110_U12(), P::BGR_SMPTE_2110_U12(), 12, 2,
-                 [](int sample, int bit) {
-                     int const fromHighest = 12 * sample + 11 - bit;
-                     return fromHighest / 8 * 8 + 7 - fromHighest % 8;
-                 },
-                 {F::RGB_U12(), F::BGR_U12()}, {F::RGB_U16()}),
+inline Layout layoutOf(FrameFormat const& packed) {
+    static std::map<std::string, Layout> const layouts{
+        {"DPX-FILLED", {10, 1, [](int sample, int bit) { return 22 - 10 * sample + bit; }}},
+        {"DPX-PACKED", {12, 2, [](int sample, int bit) { return 12 * sample + bit; }}},
+        {"SMPTE-2110",
+         {12, 2,
+          [](int sample, int bit) {
+              int const fromHighest = 12 * sample + 11 - bit;
+              return fromHighest / 8 * 8 + 7 - fromHighest % 8;
+          }}},
     };
-    return instance;
+    return layouts.at(packed.layoutName.substr(4)); // behind the order of the colours
 }
 
 inline std::uint32_t expectedCode(double sample, T depth, int bits) {
@@ -71,21 +72,22 @@ inline double expectedSample(std::uint32_t code, int bits, T depth) {
 /// Calls `visit(row, column, channel, bytes of the block, number of the sample in the block)` for the three
 /// colour samples of every pixel; the packed format's name begins with their order.
 template <class Visit>
-inline void forEachSample(Layout const& layout, FrameFormat const& packed, FrameFormat const& full,
-                          cv::Mat blocks, Visit const& visit) {
+inline void forEachSample(FrameFormat const& packed, FrameFormat const& full, cv::Mat blocks,
+                          Visit const& visit) {
+    int const pixels = layoutOf(packed).pixels;
     for (int row = 0; row < blocks.rows; ++row)
-        for (int column = 0; column < blocks.cols * layout.pixels; ++column)
+        for (int column = 0; column < blocks.cols * pixels; ++column)
             for (int i = 0; i < 3; ++i)
                 visit(row, column, full.layoutName.find(packed.layoutName[i]),
-                      blocks.ptr(row, column / layout.pixels), column % layout.pixels * 3 + i);
+                      blocks.ptr(row, column / pixels), column % pixels * 3 + i);
 }
 
-inline Reference packing(Layout const& layout, FrameFormat const& source, FrameFormat const& packed) {
-    return [&layout, source, packed](cv::Mat const& image, cv::Mat& expected) {
+inline Reference encoding(FrameFormat const& source, FrameFormat const& packed) {
+    return [=, layout = layoutOf(packed)](cv::Mat const& image, cv::Mat& expected) {
         cv::Mat samples;
         image.convertTo(samples, CV_64F);
         expected.setTo(0);
-        forEachSample(layout, packed, source, expected,
+        forEachSample(packed, source, expected,
                       [&](int row, int column, auto channel, std::uint8_t* block, int sample) {
                           std::uint32_t const code = expectedCode(samples.ptr<double>(row, column)[channel],
                                                                   source.channelType, layout.bits);
@@ -97,12 +99,12 @@ inline Reference packing(Layout const& layout, FrameFormat const& source, FrameF
     };
 }
 
-inline Reference unpacking(Layout const& layout, FrameFormat const& packed, FrameFormat const& destination) {
-    return [&layout, packed, destination](cv::Mat const& blocks, cv::Mat& expected) {
+inline Reference decoding(FrameFormat const& packed, FrameFormat const& destination) {
+    return [=, layout = layoutOf(packed)](cv::Mat const& blocks, cv::Mat& expected) {
         // Opaque, where there is alpha.
         cv::Mat samples(expected.size(), CV_64FC(expected.channels()),
                         cv::Scalar::all(fullScale(destination.channelType)));
-        forEachSample(layout, packed, destination, blocks,
+        forEachSample(packed, destination, blocks,
                       [&](int row, int column, auto channel, std::uint8_t const* block, int sample) {
                           std::uint32_t code = 0;
                           for (int bit = 0; bit < layout.bits; ++bit) {
