@@ -1,5 +1,6 @@
 // Every format to every other: the chain, what it refuses, and that what comes out is the picture that went
 // in.
+#include <MediaConversion/MediaPipeline/Encoder.h>
 #include <MediaConversion/converters/ImageYCoCgDXT5toRGB.h>
 
 #include <tests/Conversion.h>
@@ -15,18 +16,6 @@ using F = FullFrameFormat;
 using P = PackedFrameFormat;
 
 namespace {
-
-TEST(EncodingSteps, AreThoseOfTheListing) {
-    EXPECT_EQ(listedChains().size(), 167u);
-    EXPECT_EQ(Encoder::encodingSteps.size(), 167u);
-    for (auto const& [pair, chain] : listedChains()) {
-        auto const found = Encoder::encodingSteps.find(pair);
-        EXPECT_EQ(found == Encoder::encodingSteps.end() ? "none"
-                                                        : Encoder::toString(Encoder::describe(found->second)),
-                  Encoder::toString(chain))
-            << "from " << FrameFormat::toString(std::get<0>(pair));
-    }
-}
 
 cv::Mat encoded(FrameFormat const& from, FrameFormat const& to, cv::Mat const& picture) {
     auto frame = frameOf(from, picture);
@@ -108,12 +97,12 @@ bool refusesFrames(FrameFormat const& in, FrameFormat const& out) {
 
 void expectServedOrRefused(FrameFormat const& in, FrameFormat const& out) {
     std::string const names = FrameFormat::toString(in) + " to " + FrameFormat::toString(out);
-    auto const chain = expectedChain(in, out);
-    if (!chain) {
+    std::string const chain = expectedChain(in, out);
+    if (chain.empty()) {
         EXPECT_EQ(messageOf([&] { Encoder(in, out); }), "Encoding is not supported from " + names);
         return;
     }
-    EXPECT_EQ(Encoder::toString(Encoder(in, out).chain()), Encoder::toString(*chain));
+    EXPECT_EQ(Encoder::toString(Encoder(in, out).chain()), chain);
     if (refusesFrames(in, out)) {
         EXPECT_EQ(messageOf([&] { encoded(in, out, blocksOfColour(in)); }),
                   "RGB conversion is not supported from " + names);
@@ -123,6 +112,8 @@ void expectServedOrRefused(FrameFormat const& in, FrameFormat const& out) {
 }
 
 TEST(EncoderPairs, AreRefusedOrKeepThePicture) {
+    EXPECT_EQ(listedChains().size(), 167u);
+    EXPECT_EQ(Encoder::encodingSteps.size(), 167u);
     for (auto const& [source, in] : catalogue())
         for (auto const& [destination, out] : catalogue()) {
             SCOPED_TRACE(source + " to " + destination);

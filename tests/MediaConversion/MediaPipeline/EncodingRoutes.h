@@ -1,12 +1,10 @@
 // What leads from each format to each other, listed by filter.
 #pragma once
 
-#include <MediaConversion/MediaPipeline/Encoder.h>
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/MediaPipeline/PackedFrame.h>
 
 #include <map>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -14,7 +12,6 @@
 
 namespace TestSupport {
 
-using MediaConversion::Encoder;
 using Zentrel::FrameFormat;
 
 /// All formats by their names in the listing: "BGRA_F32", or the layout alone where it is a packed one.
@@ -108,46 +105,43 @@ inline std::vector<std::string> wordsOf(std::string const& text, char separator 
     return words;
 }
 
-inline Encoder::Chain chainOf(std::string const& steps, std::string const& destination) {
-    Encoder::Chain chain;
+/// Chains as an Encoder prints them, by source and destination.
+using Chains = std::map<std::pair<FrameFormat, FrameFormat>, std::string>;
+
+inline std::string printed(std::string const& steps, std::string const& destination) {
+    std::string chain;
     for (std::string const& step : wordsOf(steps, ',')) {
         auto const words = wordsOf(step);
-        chain.push_back({"Convert" + words[0], catalogue().at(words.size() > 1 ? words[1] : destination)});
+        chain += (chain.empty() ? "Convert" : ", Convert") + words[0] + " to " +
+                 FrameFormat::toString(catalogue().at(words.size() > 1 ? words[1] : destination));
     }
     return chain;
 }
 
-/// The chains of the listing by source and destination.
-using ListedChains = std::map<std::tuple<FrameFormat, FrameFormat>, Encoder::Chain>;
-
-inline ListedChains const& listedChains() {
+inline Chains const& listedChains() {
     static auto const chains = [] {
-        ListedChains result;
+        Chains result;
         for (Routes const& row : routes)
             for (auto const& source : wordsOf(row.sources))
                 for (auto const& destination : wordsOf(row.destinations))
                     result[{catalogue().at(source), catalogue().at(destination)}] =
-                        chainOf(row.chain, destination);
+                        printed(row.chain, destination);
         return result;
     }();
     return chains;
 }
 
-/// What an Encoder must do for the pair; nothing when it must refuse.
-inline std::optional<Encoder::Chain> expectedChain(FrameFormat const& source,
-                                                   FrameFormat const& destination) {
+/// What an Encoder must do for the pair; empty when it must refuse.
+inline std::string expectedChain(FrameFormat const& source, FrameFormat const& destination) {
     if (source == destination)
-        return Encoder::Chain{{"ConvertNoOperation", destination}};
+        return "ConvertNoOperation to " + FrameFormat::toString(destination);
     auto const& listed = listedChains();
     if (auto const found = listed.find({source, destination}); found != listed.end())
         return found->second;
     FrameFormat const middle = catalogue().at("BGRA_F32");
     auto const there = listed.find({source, middle}), onwards = listed.find({middle, destination});
-    if (there == listed.end() || onwards == listed.end())
-        return {};
-    Encoder::Chain chain = there->second;
-    chain.insert(chain.end(), onwards->second.begin(), onwards->second.end());
-    return chain;
+    bool const refused = there == listed.end() || onwards == listed.end();
+    return refused ? "" : there->second + ", " + onwards->second;
 }
 
 } // namespace TestSupport
