@@ -16,6 +16,8 @@
 
 namespace TestSupport {
 
+using Bytes = std::vector<std::uint8_t>;
+
 /// The text of the `Exception` that `action` throws; fails the test when it throws none or another.
 template <class Exception = std::runtime_error, class Action>
 std::string messageOf(Action&& action) {
@@ -54,7 +56,7 @@ private:
     std::filesystem::path folder;
 };
 
-inline std::vector<std::uint8_t> bytesOf(std::filesystem::path const& file) {
+inline Bytes bytesOf(std::filesystem::path const& file) {
     std::ifstream stream(file, std::ios::binary);
     EXPECT_TRUE(stream.is_open()) << file;
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};

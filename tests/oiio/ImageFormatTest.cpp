@@ -1,10 +1,10 @@
 // Media files as an image format, in the test's own process.
 #include <MediaConversion/MediaPipeline/FullFrame.h>
-#include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 
 #include <oiio/MediaFileInput.h>
 #include <oiio/MediaFileOutput.h>
 #include <pictures/FrameConversion.h>
+#include <tests/MediaFile.h>
 #include <tests/tools/ToolProcess.h>
 
 #include <OpenImageIO/filesystem.h>
@@ -38,9 +38,7 @@ protected:
         std::unique_ptr<Zentrel::IFrame> converted = std::move(frame);
         if (format == P::RGB_DXT1_U8())
             converted = ZetTool::convertFrame(std::move(converted), FullFrameFormat::RGB_U8());
-        MediaConversion::FileStreamFactory streams;
-        MediaConversion::ZentrelMediaFileWriter(streams).writeFrame(
-            file("a.zet"), ZetTool::convertFrame(std::move(converted), format));
+        writeMediaFile(file("a.zet"), ZetTool::convertFrame(std::move(converted), format));
         return file("a.zet");
     }
 };

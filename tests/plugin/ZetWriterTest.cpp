@@ -4,7 +4,7 @@
 #include <host/EmbeddedHost.h>
 #include <plugin/OutputFormats.h>
 #include <tests/Conversion.h>
-#include <tests/TestSupport.h>
+#include <tests/MediaFile.h>
 #include <tests/host/TestPicture.h>
 
 #include <cstdint>
@@ -23,8 +23,6 @@ using namespace TestSupport;
 namespace {
 
 constexpr char menuName[] = "Output format";
-
-using Bytes = std::vector<std::uint8_t>;
 
 class ZetWriterTest : public Test {
 protected:
@@ -98,9 +96,7 @@ TEST_F(ZetWriterTest, WritesInEveryFormatWhatTheLibraryMakes) {
                                             PictureChannel::Alpha};
         for (int i = 0; i < 8 * 4 * 4; ++i)
             image.ptr<float>()[i] = level(order[i % 4], i / 4 % 8, 3 - i / 32);
-        MediaConversion::FileStreamFactory streams;
-        MediaConversion::ZentrelMediaFileWriter(streams).writeFrame(
-            folder / "library.zet", encoded(std::move(frame), output.format()));
+        writeMediaFile(folder / "library.zet", encoded(std::move(frame), output.format()));
 
         EXPECT_TRUE(render(picture, output.label).succeeded());
         EXPECT_EQ(bytesOf(file), bytesOf(folder / "library.zet")) << output.label;

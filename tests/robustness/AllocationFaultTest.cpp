@@ -2,11 +2,10 @@
 // the next frame is right again.
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/MediaPipeline/MemoryPool.h>
-#include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 #include <host/EmbeddedHost.h>
 #include <plugin/OutputFormats.h>
 #include <tests/Conversion.h>
-#include <tests/TestSupport.h>
+#include <tests/MediaFile.h>
 #include <tests/host/TestPicture.h>
 
 #include <opencv2/core/utility.hpp>
@@ -110,9 +109,7 @@ TEST_P(AllocationFaultTest, FailsTheFrameInTheLibrary) {
             auto const input = Zentrel::FullFrameFormat::BGRA_F32();
             auto frame = Zentrel::FullFrame::create(input, 4, 8);
             frame->image().setTo(0.25);
-            auto converted = encoded(std::move(frame), output.format());
-            MediaConversion::FileStreamFactory files;
-            MediaConversion::ZentrelMediaFileWriter(files).writeFrame(file, std::move(converted));
+            writeMediaFile(file, encoded(std::move(frame), output.format()));
             buffers = std::max(buffers, pool->count());
         });
         EXPECT_LE(buffers, 8u);

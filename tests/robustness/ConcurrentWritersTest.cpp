@@ -2,10 +2,9 @@
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/MediaPipeline/MemoryPool.h>
 #include <MediaConversion/mediafile/ZentrelMediaFileReader.h>
-#include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 #include <plugin/OutputFormats.h>
 #include <tests/Conversion.h>
-#include <tests/TestSupport.h>
+#include <tests/MediaFile.h>
 
 #include <opencv2/core.hpp>
 
@@ -14,7 +13,6 @@
 
 using namespace testing;
 using namespace TestSupport;
-using Bytes = std::vector<std::uint8_t>;
 
 namespace {
 
@@ -30,9 +28,8 @@ Bytes fileOf(unsigned number, const std::filesystem::path& path) {
     cv::Mat image = frame->image();
     cv::RNG(number).fill(image, cv::RNG::UNIFORM, 0, 1);
 
-    auto converted = encoded(std::move(frame), output.format());
+    writeMediaFile(path, encoded(std::move(frame), output.format()));
     MediaConversion::FileStreamFactory files;
-    MediaConversion::ZentrelMediaFileWriter(files).writeFrame(path, std::move(converted));
     const auto read = MediaConversion::ZentrelMediaFileReader(files).readFrame(path);
     const MemoryAccess& whole = read->rawFrameData().rawData();
     return {whole.data(), whole.data() + whole.dataSize()};

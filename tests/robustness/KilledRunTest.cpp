@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 using namespace testing;
 using namespace TestSupport;
 using Clock = std::chrono::steady_clock;
-using Files = std::map<std::string, std::vector<std::uint8_t>>;
+using Files = std::map<std::string, Bytes>;
 
 namespace {
 

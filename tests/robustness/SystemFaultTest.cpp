@@ -1,8 +1,8 @@
 // What the system refuses - full and read-only disks, names that cannot be, folders that vanish - as library,
 // plug-in and tool report it.
 #include <MediaConversion/MediaPipeline/FullFrame.h>
-#include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 #include <host/EmbeddedHost.h>
+#include <tests/MediaFile.h>
 #include <tests/host/TestPicture.h>
 #include <tests/tools/ToolProcess.h>
 
@@ -54,15 +54,8 @@ protected:
 
     void expectReported(const fs::path& file, const char* message) {
         SCOPED_TRACE(file);
-        MediaConversion::FileStreamFactory files;
-        try {
-            MediaConversion::ZentrelMediaFileWriter(files).writeFrame(
-                file, Zentrel::FullFrame::create(Zentrel::FullFrameFormat::RGB_U8(), side, side));
-            ADD_FAILURE() << "the library noticed nothing";
-        } catch (const MediaConversion::MediaFileAccessException& exception) {
-            EXPECT_EQ(exception.filePath(), file.string());
-            EXPECT_STREQ(exception.what(), message);
-        }
+        auto frame = Zentrel::FullFrame::create(Zentrel::FullFrameFormat::RGB_U8(), side, side);
+        EXPECT_EQ(refusalOf(file, [&] { writeMediaFile(file, std::move(frame)); }), message);
         TestPicture picture(side, side, false, [](auto...) { return 0.5f; });
         EmbeddedHost::WriteNode node("zet");
         node.setMenu("Output format", "8-bit RGB 4:4:4");

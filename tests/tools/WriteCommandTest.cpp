@@ -15,8 +15,6 @@ using namespace TestSupport;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 class WriteCommandTest : public Test, public ToolFolder {
 protected:
     void SetUp() override { fs::create_directory(folder / "out"); }

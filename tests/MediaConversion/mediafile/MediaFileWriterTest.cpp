@@ -1,23 +1,15 @@
 #include <MediaConversion/MediaPipeline/FullFrame.h>
 #include <MediaConversion/MediaPipeline/PackedFrame.h>
 #include <MediaConversion/mediafile/HeaderStreamBuilders.h>
-#include <MediaConversion/mediafile/ZentrelMediaFileWriter.h>
 
 #include <tests/MediaConversion/mediafile/MemoryFile.h>
-#include <tests/TestSupport.h>
-
-#include <opencv2/core.hpp>
+#include <tests/MediaFile.h>
 
 using namespace MediaConversion;
 using namespace Zentrel;
-using TestSupport::bytesOf;
-using TestSupport::Fault;
-using TestSupport::MemoryFile;
-using TestSupport::messageOf;
-using TestSupport::TemporaryFolder;
+using namespace TestSupport;
 using F = FullFrameFormat;
 using P = PackedFrameFormat;
-using Bytes = std::vector<std::uint8_t>;
 
 namespace {
 
@@ -32,6 +24,13 @@ std::unique_ptr<IImageFrame> countingFrame(FrameFormat const& format) {
     for (std::size_t i = 0; i < image.total() * image.elemSize(); ++i)
         image.data[i] = static_cast<std::uint8_t>(i % 251);
     return frame;
+}
+
+/// What the writer makes of the frame, as a file.
+Bytes written(std::unique_ptr<IFrame> frame) {
+    MemoryFile file;
+    ZentrelMediaFileWriter(file).writeFrame("some/where.zet", std::move(frame));
+    return file.bytes;
 }
 
 TEST(HeaderStreamBuilders, LayTheirFieldsOut) {
@@ -79,38 +78,25 @@ TEST(MediaFileWriter, MarksEachFormatThatItWrites) {
     };
     EXPECT_EQ(ZentrelMediaFileWriter::mediaHeaderFormat.size(), std::size(expected));
 
-    TemporaryFolder const folder;
-    FileStreamFactory files;
     for (auto const& [format, bits] : expected) {
-        auto frame = countingFrame(format);
-        cv::Mat const image = frame->image();
-        Bytes pixels(image.data, image.data + image.total() * image.elemSize());
-        ZentrelMediaFileWriter(files).writeFrame(folder / "frame.zet", std::move(frame));
-
         auto const byte = [bits = bits](int shift) { return static_cast<std::uint8_t>(bits >> shift); };
         Bytes file{'9', 'z', 't', ' ', 1, 1, 1, 0, byte(0), byte(8), byte(16), byte(24), 8, 0,
                    0,   0,   4,   0,   0, 0, 8, 0, 1,       0,       4,        0,        0, 0};
+        Bytes const pixels = pixelsOf(*countingFrame(format));
         file.insert(file.end(), pixels.begin(), pixels.end());
-        EXPECT_EQ(bytesOf(folder / "frame.zet"), file) << FrameFormat::toString(format);
+        EXPECT_EQ(written(countingFrame(format)), file) << FrameFormat::toString(format);
     }
 }
 
 TEST(MediaFileWriter, WritesTheRowsOfAMatrixWithGapsWithoutThem) {
-    TemporaryFolder const folder;
-    FileStreamFactory files;
     cv::Mat const part = countingFrame(F::RGB_U8())->image()(cv::Rect(2, 1, 3, 2));
-    ZentrelMediaFileWriter(files).writeFrame(
-        folder / "part.zet", std::make_unique<FullFrame>(F::RGB_U8(), part, Frame::Origin::TopLeft));
-    Bytes file = bytesOf(folder / "part.zet");
+    Bytes file = written(std::make_unique<FullFrame>(F::RGB_U8(), part, Frame::Origin::TopLeft));
     file.erase(file.begin(), file.begin() + 28);
     EXPECT_EQ(file, (Bytes{30, 31, 32, 33, 34, 35, 36, 37, 38, 54, 55, 56, 57, 58, 59, 60, 61, 62}));
 }
 
 TEST(MediaFileWriter, KeepsTheLowBitsOfLargeSizes) {
-    TemporaryFolder const folder;
-    FileStreamFactory files;
-    ZentrelMediaFileWriter(files).writeFrame(folder / "wide.zet", FullFrame::create(F::RGB_U8(), 1, 70000));
-    Bytes const file = bytesOf(folder / "wide.zet");
+    Bytes const file = written(FullFrame::create(F::RGB_U8(), 1, 70000));
     EXPECT_EQ(file.size(), 28u + 210000u);
     for (std::size_t const offset : {12, 20})
         EXPECT_EQ(file[offset] | file[offset + 1] << 8, 70000 - 65536);
@@ -143,16 +129,8 @@ TEST(MediaFileWriter, RefusesWhatItCannotWrite) {
         {std::make_unique<FullFrame>(F::RGBA_U8(), huge, Frame::Origin::TopLeft),
          "Image data of 2147483648 bytes is too large, a media file holds at most 2147483647"},
     };
-    TemporaryFolder const folder;
-    FileStreamFactory files;
     for (auto& [frame, message] : cases)
-        try {
-            ZentrelMediaFileWriter(files).writeFrame(folder / "frame.zet", std::move(frame));
-            ADD_FAILURE() << message;
-        } catch (MediaFileAccessException const& exception) {
-            EXPECT_STREQ(exception.what(), message);
-            EXPECT_EQ(exception.filePath(), (folder / "frame.zet").string());
-        }
+        EXPECT_EQ(refusalOf("some/where.zet", [&, &frame = frame] { written(std::move(frame)); }), message);
 }
 
 TEST(MediaFileWriter, ReportsEveryFaultOfTheStream) {
@@ -174,16 +152,10 @@ TEST(MediaFileWriter, ReportsEveryFaultOfTheStream) {
                 continue;
             SCOPED_TRACE(operation + ", number " + std::to_string(position));
             file.fault = {kind, position};
-            try {
-                write();
-                ADD_FAILURE() << "fault " << kind << " went unnoticed";
-            } catch (MediaFileAccessException const& exception) {
-                EXPECT_EQ(exception.filePath(), "some/where.zet");
-                EXPECT_THAT(exception.what(),
-                            testing::HasSubstr(kind == Fault::Throws ? "the cable is out"
-                                               : operation == "open" ? "Failed to open file"
-                                                                     : "Failed to write file"));
-            }
+            EXPECT_THAT(refusalOf("some/where.zet", write),
+                        testing::HasSubstr(kind == Fault::Throws ? "the cable is out"
+                                           : operation == "open" ? "Failed to open file"
+                                                                 : "Failed to write file"));
             file.fault = {};
             write(); // and nothing of the fault is left behind
             EXPECT_EQ(file.bytes, whole);
