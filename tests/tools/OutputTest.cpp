@@ -1,15 +1,7 @@
-// Media files seen from outside: formats, lengths and heads, and how they come under their names.
-#include <pictures/FormatChoice.h>
-#include <pictures/MediaFileShape.h>
+// How media files come under their names, and what becomes of those that do not.
 #include <pictures/OutputFile.h>
 #include <tests/TestSupport.h>
 #include <tools/zet/WriteManifest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <tuple>
-#include <vector>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,27 +12,6 @@ using namespace ZetTool;
 
 namespace {
 
-TEST(FormatChoice, KnowsLabelsShortNamesAndIndices) {
-    for (const char* name : {"rgba8", "7", "8-bit RGB 4:4:4:4 (+ alpha)"})
-        EXPECT_STREQ(findOutputFormat(name).shortName, "rgba8") << name;
-    EXPECT_TRUE(holdsAlpha(findOutputFormat("4224").format()));
-    EXPECT_FALSE(holdsAlpha(findOutputFormat("dxt5").format()));
-    for (const std::string name : {"", "9", "-1", "07", "RGB"})
-        EXPECT_THAT(messageOf([&] { findOutputFormat(name); }),
-                    AllOf(HasSubstr("\"" + name + "\""), HasSubstr("422-10"), HasSubstr("8-bit YCoCg DXT5")));
-}
-
-TEST(MediaFileShape, TellsTheNearestSizesThatWouldDo) {
-    for (const auto& [format, size, told] : std::vector<std::tuple<const char*, PictureSize, const char*>>{
-             {"dxt5", {1918, 1079}, "1916x1076 or 1920x1080 would do"},
-             {"dxt5", {3, 400}, "; 4x400 would do"},
-             {"420", {640, 481}, "640x480 or 640x482 would do"},
-             {"rgb8", {10, 70000}, "at most 65535 pixels a side"},
-         })
-        EXPECT_THAT(messageOf([&] { MediaFileShape(findOutputFormat(format), size); }),
-                    AllOf(HasSubstr(size.text()), HasSubstr(told)));
-}
-
 class OutputTest : public Test {
 protected:
     static void write(const std::filesystem::path& path, const std::string& bytes) {
@@ -50,20 +21,6 @@ protected:
     const TemporaryFolder folder;
     const std::filesystem::path file = folder / "f.0001.zet";
 };
-
-TEST_F(OutputTest, OnlyAWholeFileMatchesItsShape) {
-    const MediaFileShape shape(findOutputFormat("rgb8"), {4, 2});
-    const std::string whole = shape.head() + std::string(24, 'x');
-    write(file, whole);
-    EXPECT_TRUE(shape.matches(file));
-    for (std::string other : {whole + "x", whole.substr(0, 51), shape.head(), std::string(52, 'x')}) {
-        write(file, other);
-        EXPECT_FALSE(shape.matches(file)) << other.size();
-    }
-    EXPECT_FALSE(shape.matches(folder / "none.zet"));
-    write(file, whole);
-    EXPECT_FALSE(MediaFileShape(findOutputFormat("rgb8"), {2, 4}).matches(file)); // as long, but not the same
-}
 
 TEST_F(OutputTest, AFileAppearsWhenItIsWhole) {
     std::filesystem::path temporary;
