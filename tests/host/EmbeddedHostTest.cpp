@@ -5,15 +5,9 @@
 #include <tests/host/TestPicture.h>
 
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <limits>
-#include <stdexcept>
-#include <string>
 #include <tuple>
-#include <utility>
-#include <vector>
 
 using namespace DD::Image;
 using EmbeddedHost::RenderResult;

@@ -9,9 +9,7 @@
 
 #include <OpenImageIO/filesystem.h>
 
-#include <string>
 #include <tuple>
-#include <vector>
 
 using namespace testing;
 using namespace TestSupport;

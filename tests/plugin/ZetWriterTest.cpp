@@ -7,13 +7,6 @@
 #include <tests/MediaFile.h>
 #include <tests/host/TestPicture.h>
 
-#include <cstdint>
-#include <filesystem>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
 using EmbeddedHost::PictureChannel;
 using EmbeddedHost::RenderResult;
 using EmbeddedHost::WriteNode;

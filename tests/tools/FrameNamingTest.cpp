@@ -6,12 +6,8 @@
 
 #include <array>
 #include <climits>
-#include <filesystem>
-#include <fstream>
 #include <map>
-#include <string>
 #include <tuple>
-#include <vector>
 
 using namespace testing;
 using namespace TestSupport;
