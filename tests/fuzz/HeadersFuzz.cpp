@@ -13,7 +13,6 @@
 
 using namespace MediaConversion;
 using TestSupport::MemoryFile;
-using Zentrel::FrameFormat;
 
 namespace {
 
@@ -68,23 +67,16 @@ std::string headersOf(Fields const& fields) {
                .str();
 }
 
-std::optional<FrameFormat> formatOf(Fields const& fields) {
-    for (auto const& [format, bits] : ZentrelMediaFileWriter::mediaHeaderFormat)
-        if (bits == fields.mediaFormat)
-            return format;
-    return {};
-}
-
 /// The bytes of the pixels, if there can be any.
 std::optional<std::uint64_t> pixelBytesOf(Fields const& fields) {
-    auto const format = formatOf(fields);
-    if (!format || fields.width == 0 || fields.height == 0)
-        return {};
-    auto const block = format->pixelPacking.pixels();
-    if (fields.width % block.columns != 0 || fields.height % block.rows != 0)
-        return {};
-    return std::uint64_t{fields.width} * fields.height / (block.columns * block.rows) *
-           format->pixelPacking.bytes();
+    for (auto const& [format, bits] : ZentrelMediaFileWriter::mediaHeaderFormat) {
+        auto const block = format.pixelPacking.pixels();
+        if (bits == fields.mediaFormat && fields.width > 0 && fields.height > 0 &&
+            fields.width % block.columns == 0 && fields.height % block.rows == 0)
+            return std::uint64_t{fields.width} * fields.height / (block.columns * block.rows) *
+                   format.pixelPacking.bytes();
+    }
+    return {};
 }
 
 } // namespace

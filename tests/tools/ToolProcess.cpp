@@ -1,10 +1,10 @@
 #include <tests/tools/ToolProcess.h>
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <system_error>
 
-#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,18 +24,18 @@ std::string contentOf(int file) {
 } // namespace
 
 Process::Process(const std::string& line, const std::filesystem::path& folder)
-    : outputFile(::memfd_create("output", MFD_CLOEXEC)), errorFile(::memfd_create("errors", MFD_CLOEXEC)) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
-    posix_spawn_file_actions_adddup2(&actions, outputFile, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, errorFile, STDERR_FILENO);
-    const std::array<const char*, 4> shell{"sh", "-c", line.c_str(), nullptr};
-    const int error =
-        ::posix_spawn(&pid, "/bin/sh", &actions, nullptr, const_cast<char* const*>(shell.data()), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (error != 0)
-        throw std::system_error(error, std::generic_category(), line);
+    : outputFile(::memfd_create("output", MFD_CLOEXEC)),
+      errorFile(::memfd_create("errors", MFD_CLOEXEC)),
+      pid(::fork()) {
+    if (pid < 0)
+        throw std::system_error(errno, std::generic_category(), line);
+    if (pid == 0) {
+        ::dup2(outputFile, STDOUT_FILENO);
+        ::dup2(errorFile, STDERR_FILENO);
+        if (::chdir(folder.c_str()) == 0)
+            ::execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
+        ::_exit(127);
+    }
 }
 
 Process::~Process() {

@@ -29,9 +29,8 @@ public:
     ProcessResult wait();
 
 private:
-    pid_t pid = -1;
-    int outputFile = -1;
-    int errorFile = -1;
+    int outputFile, errorFile;
+    pid_t pid;
 };
 
 /// A folder for zet to run in, removed at its end. Arguments are written as a shell reads them.
