@@ -10,25 +10,6 @@ using namespace TestSupport;
 
 namespace {
 
-struct LoadedPicture {
-    OIIO::ImageSpec spec;
-    std::vector<float> samples; // as they are in the file
-};
-
-LoadedPicture load(const fs::path& file) {
-    OIIO::ImageSpec keepStraight;
-    keepStraight.attribute("oiio:UnassociatedAlpha", 1);
-    const auto input = OIIO::ImageInput::open(file.string(), &keepStraight);
-    if (!input) {
-        ADD_FAILURE() << OIIO::geterror();
-        return {};
-    }
-    LoadedPicture picture{input->spec(), std::vector<float>(input->spec().image_pixels() *
-                                                            static_cast<unsigned>(input->spec().nchannels))};
-    EXPECT_TRUE(input->read_image(0, 0, 0, -1, OIIO::TypeFloat, picture.samples.data()));
-    return picture;
-}
-
 class ReadCommandTest : public Test, public ToolFolder {};
 
 /// Every pixel and channel different; in the lower rows the colours are darker.
@@ -83,7 +64,7 @@ TEST_F(ReadCommandTest, ColourSpaceAndAlphaFitTheTypeOfFile) {
         SCOPED_TRACE(file + std::string(" ") + arguments);
         const ProcessResult result = zet("read m.zet -o " + std::string(file) + " " + arguments);
         ASSERT_EQ(result.errors, "");
-        const LoadedPicture picture = load(folder / file);
+        const LoadedPicture<float> picture(folder / file);
         EXPECT_THAT(picture.samples, Pointwise(FloatNear(0.001f), pixel));
         EXPECT_EQ(picture.spec.get_string_attribute("oiio:ColorSpace"), colourSpace);
         EXPECT_EQ(picture.spec.get_int_attribute("oiio:UnassociatedAlpha"), straight);

@@ -17,24 +17,17 @@ namespace {
 
 using Colour = std::array<std::uint8_t, 3>;
 
-struct Sheet {
-    int width = 0;
-    int height = 0;
-    std::vector<Colour> pixels;
+struct Sheet : LoadedPicture<std::uint8_t> {
+    using LoadedPicture::LoadedPicture;
 
-    long count(const Colour& colour) const { return std::count(pixels.begin(), pixels.end(), colour); }
-};
-
-Sheet load(const fs::path& file) {
-    const auto input = OIIO::ImageInput::open(file.string());
-    if (!input || input->spec().nchannels != 3) {
-        ADD_FAILURE() << "no sheet";
-        return {};
+    int count(const Colour& colour) const {
+        EXPECT_EQ(spec.nchannels, 3);
+        int pixels = 0;
+        for (auto pixel = samples.begin(); pixel != samples.end(); pixel += 3)
+            pixels += std::equal(colour.begin(), colour.end(), pixel);
+        return pixels;
     }
-    Sheet sheet{input->spec().width, input->spec().height, std::vector<Colour>(input->spec().image_pixels())};
-    EXPECT_TRUE(input->read_image(0, 0, 0, 3, OIIO::TypeUInt8, sheet.pixels.data()));
-    return sheet;
-}
+};
 
 class SheetCommandTest : public Test, public ToolFolder {
 protected:
@@ -58,29 +51,30 @@ TEST_F(SheetCommandTest, ShowsEveryFileInItsPlace) {
     makeFrame("a.3", blue);
     const ProcessResult result = zet("sheet a.%d.zet -o sheet.png --width 100");
     ASSERT_EQ(result.exitCode, 0) << result.errors;
-    const Sheet sheet = load(folder / "sheet.png");
+    const Sheet sheet(folder / "sheet.png");
     EXPECT_EQ(sheet.count(red), 2 * 100 * 50);
     EXPECT_EQ(sheet.count(blue), 100 * 50);
-    EXPECT_THAT(result.output,
-                AllOf(HasSubstr("a.2.zet  8-bit RGB 4:4:4  64x32  6172 bytes\n"), Not(HasSubstr("PSNR")),
-                      HasSubstr(fmt::format("wrote sheet.png ({}x{})", sheet.width, sheet.height))));
+    EXPECT_THAT(
+        result.output,
+        AllOf(HasSubstr("a.2.zet  8-bit RGB 4:4:4  64x32  6172 bytes\n"), Not(HasSubstr("PSNR")),
+              HasSubstr(fmt::format("wrote sheet.png ({}x{})", sheet.spec.width, sheet.spec.height))));
 
     int widest = 0;
     for (const std::string columns : {"1", "2", "3"}) {
         ASSERT_EQ(zet("sheet a.%d.zet -o s.png -q --columns " + columns).output, "");
-        const Sheet next = load(folder / "s.png");
-        EXPECT_GT(next.width, widest + 320);
-        widest = next.width;
+        const int width = Sheet(folder / "s.png").spec.width;
+        EXPECT_GT(width, widest + 320);
+        widest = width;
     }
     ASSERT_EQ(zet("sheet a.%d.zet -o sheet.png --frames 3 -q").exitCode, 0);
-    EXPECT_EQ(load(folder / "sheet.png").count(red), 0);
+    EXPECT_EQ(Sheet(folder / "sheet.png").count(red), 0);
 }
 
 TEST_F(SheetCommandTest, MeasuresAPlantedDifference) {
     makeFrame("a.7", red, 100, "rgba8");
     const std::string call = "sheet a.7.zet -o sheet.png --width 64 --amplify 2.5 --against a.7.png";
     EXPECT_THAT(zet(call).output, HasSubstr("PSNR RGB exact  alpha exact  largest 0 %\n"));
-    Sheet sheet = load(folder / "sheet.png");
+    Sheet sheet(folder / "sheet.png");
     EXPECT_EQ(sheet.count(red), 2 * 64 * 32); // the file and its source
     EXPECT_EQ(sheet.count(black), 64 * 32);
 
@@ -89,7 +83,7 @@ TEST_F(SheetCommandTest, MeasuresAPlantedDifference) {
     const double psnr = -10 * std::log10(0.2 * 0.2 / (3 * 64 * 32));
     EXPECT_THAT(zet(call).output,
                 HasSubstr(fmt::format("PSNR RGB {:.1f} dB  alpha exact  largest 20 %\n", psnr)));
-    sheet = load(folder / "sheet.png");
+    sheet = Sheet(folder / "sheet.png");
     EXPECT_EQ(sheet.count(black), 64 * 32 - 1);
     EXPECT_EQ(sheet.count({0, 128, 0}), 1); // 51 times 2.5
 
@@ -133,7 +127,7 @@ TEST_F(SheetCommandTest, TellsOfFilesThatCannotBeShownOrCompared) {
     EXPECT_THAT(result.errors, AllOf(HasSubstr("zet: short.zet: File of 99 bytes"), Not(HasSubstr(": a.zet")),
                                      HasSubstr("zet: c.zet: the source a.png is 64x32, not 16x8"),
                                      HasSubstr("zet: none.zet: does not exist")));
-    EXPECT_EQ(load(folder / "s.png").count(red), 2 * 320 * 160);
+    EXPECT_EQ(Sheet(folder / "s.png").count(red), 2 * 320 * 160);
 
     for (const auto& [arguments, reason] : std::map<std::string, std::string>{
              {"short.zet none.zet -o t.png", "none.zet: does not exist"},

@@ -39,4 +39,24 @@ inline void writePictureFile(const std::filesystem::path& file, const OIIO::Imag
     ASSERT_TRUE(output->close()) << output->geterror();
 }
 
+/// What a picture file holds, colour under a straight alpha as it is there.
+template <class Value>
+struct LoadedPicture {
+    explicit LoadedPicture(const std::filesystem::path& file) {
+        OIIO::ImageSpec keepStraight;
+        keepStraight.attribute("oiio:UnassociatedAlpha", 1);
+        const auto input = OIIO::ImageInput::open(file.string(), &keepStraight);
+        if (!input) {
+            ADD_FAILURE() << OIIO::geterror();
+            return;
+        }
+        spec = input->spec();
+        samples.resize(spec.image_pixels() * static_cast<std::size_t>(spec.nchannels));
+        EXPECT_TRUE(input->read_image(0, 0, 0, -1, OIIO::BaseTypeFromC<Value>::value, samples.data()));
+    }
+
+    OIIO::ImageSpec spec;
+    std::vector<Value> samples;
+};
+
 } // namespace TestSupport
