@@ -58,7 +58,7 @@ TEST(MediaFileReader, ReadsBackWhatTheWriterWrites) {
         GuardedPicture const picture(format, {8, 4}, Filling::Noise);
         auto const aligned = [&, &format = format] { return frameOf(format, picture.matrix().clone()); };
         Bytes const pixels = pixelsOf(*aligned());
-        writeMediaFile(path, aligned());
+        writeMediaFile(path, picture.frame());
 
         ZentrelMediaFileInfo const info = ZentrelMediaFileReader(files).readInfo(path);
         EXPECT_EQ(info.format, format);
