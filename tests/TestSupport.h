@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -60,6 +61,14 @@ inline Bytes bytesOf(std::filesystem::path const& file) {
     std::ifstream stream(file, std::ios::binary);
     EXPECT_TRUE(stream.is_open()) << file;
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+/// All that is in the folder, hidden files included.
+inline std::set<std::string> namesIn(std::filesystem::path const& folder) {
+    std::set<std::string> names;
+    for (auto const& entry : std::filesystem::directory_iterator(folder))
+        names.insert(entry.path().filename().string());
+    return names;
 }
 
 } // namespace TestSupport

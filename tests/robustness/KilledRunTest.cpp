@@ -37,9 +37,9 @@ protected:
 
     Files filesIn(const std::string& name, bool hidden) const {
         Files files;
-        for (const auto& entry : fs::directory_iterator(folder / name))
-            if (const auto file = entry.path().filename().string(); hidden || file.front() != '.')
-                files[file] = bytesOf(entry.path());
+        for (const std::string& file : namesIn(folder / name))
+            if (hidden || file.front() != '.')
+                files[file] = bytesOf(folder / name / file);
         return files;
     }
 };

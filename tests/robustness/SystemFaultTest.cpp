@@ -85,11 +85,12 @@ TEST_F(SystemFaultTest, TheToolNamesFolderOrFramesAndLeavesNothingBehind) {
         const ProcessResult result = zet(writing(output));
         EXPECT_EQ(result.exitCode, exitCode) << output;
         EXPECT_THAT(result.errors, HasSubstr(message));
-        EXPECT_THAT(namesIn("out"), IsEmpty());
+        EXPECT_THAT(namesIn(folder / "out"), IsEmpty());
     }
     EXPECT_EQ(zet(writing("out/\xff\xfe%d.zet")).exitCode, 0) << "a name is bytes, in whatever encoding";
-    EXPECT_EQ(namesIn("out").count("\xff\xfe"
-                                   "3.zet"),
+    EXPECT_EQ(namesIn(folder / "out")
+                  .count("\xff\xfe"
+                         "3.zet"),
               1u);
 }
 
@@ -102,7 +103,7 @@ TEST_F(SystemFaultTest, AFullDiskIsNoticed) {
     EXPECT_THAT(result.errors, AllOf(HasSubstr("frame 3: disk/3.zet: Failed to write file; the disk is full"),
                                      HasSubstr("1 of 9 frames failed: 3\n"),
                                      HasSubstr("stopped with 6 of 9 frames not begun")));
-    EXPECT_THAT(namesIn("disk"), ElementsAre("1.zet", "2.zet"));
+    EXPECT_THAT(namesIn(folder / "disk"), ElementsAre("1.zet", "2.zet"));
     for (const char* name : {"disk/1.zet", "disk/2.zet"})
         EXPECT_EQ(fs::file_size(folder / name), fileBytes);
     // Whoever writes the pictures may be careless.
@@ -112,7 +113,7 @@ TEST_F(SystemFaultTest, AFullDiskIsNoticed) {
         EXPECT_THAT(read.errors, AllOf(HasSubstr("disk/1." + type + ": cannot be written: "),
                                        HasSubstr("stopped with 1 of 2 frames not begun\n")));
     }
-    EXPECT_THAT(namesIn("disk"), ElementsAre("1.zet", "2.zet"));
+    EXPECT_THAT(namesIn(folder / "disk"), ElementsAre("1.zet", "2.zet"));
     expectReported(folder / "disk/3.zet", "Failed to write file");
 }
 
@@ -145,7 +146,7 @@ TEST_F(SystemFaultTest, AFolderThatVanishesDuringTheRunCostsOnlyItsFrames) {
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.errors,
                 AllOf(HasSubstr("frame 3000: out/3000.zet: Failed to open file"), HasSubstr("-3000\n")));
-    for (const std::string& name : namesIn("away"))
+    for (const std::string& name : namesIn(folder / "away"))
         EXPECT_TRUE(name.front() == '.' || fs::file_size(folder / "away" / name) == fileBytes) << name;
 }
 

@@ -84,15 +84,9 @@ TEST_F(OutputTest, WhatADeadProcessOfThisMachineLeftIsRemoved) {
     const std::string ours = alive.temporary().filename().string();
     const std::string elsewhere = ".zet-elsewhere" + ours.substr(ours.find('-', 5));
     write(folder / elsewhere, "of another machine");
-    const auto names = [&] {
-        std::vector<std::string> found;
-        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
-            found.push_back(entry.path().filename().string());
-        return found;
-    };
-    EXPECT_THAT(names(), SizeIs(3));
+    EXPECT_THAT(namesIn(folder.path()), SizeIs(3));
     removeAbandonedFiles(folder.path());
-    EXPECT_THAT(names(), UnorderedElementsAre(ours, elsewhere));
+    EXPECT_THAT(namesIn(folder.path()), UnorderedElementsAre(ours, elsewhere));
     EXPECT_NO_THROW(removeAbandonedFiles(folder / "gone"));
 }
 

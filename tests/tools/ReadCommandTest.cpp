@@ -83,8 +83,8 @@ TEST_F(ReadCommandTest, ABadFrameIsNamedAndTheOthersAreRead) {
     EXPECT_THAT(result.errors,
                 AllOf(HasSubstr("frame 2: m.2.zet: File of 100 bytes is "),
                       HasSubstr("frame 5: m.5.zet: does not exist"), HasSubstr("2 of 5 frames failed: 2,5")));
-    EXPECT_THAT(namesIn("."), UnorderedElementsAre("m.1.zet", "m.2.zet", "m.3.zet", "m.4.zet", "out.01.png",
-                                                   "out.03.png", "out.04.png"));
+    EXPECT_THAT(namesIn(folder.path()), UnorderedElementsAre("m.1.zet", "m.2.zet", "m.3.zet", "m.4.zet",
+                                                             "out.01.png", "out.03.png", "out.04.png"));
 }
 
 TEST_F(ReadCommandTest, WhatCannotBeginSaysWhyAndWritesNothing) {
@@ -101,7 +101,7 @@ TEST_F(ReadCommandTest, WhatCannotBeginSaysWhyAndWritesNothing) {
              {"m.%d.zet -o out.%d.exr --colorspace ACEScg", "colour space \"ACEScg\""},
          }) {
         expectRefused("read " + arguments, reason);
-        EXPECT_THAT(namesIn("."), ElementsAre("m.1.zet", "m.2.zet"));
+        EXPECT_THAT(namesIn(folder.path()), ElementsAre("m.1.zet", "m.2.zet"));
     }
 }
 

@@ -3,7 +3,6 @@
 
 #include <tests/TestSupport.h>
 
-#include <set>
 #include <string>
 
 #include <sys/types.h>
@@ -51,14 +50,6 @@ public:
         const ProcessResult result = zet(arguments);
         EXPECT_EQ(result.exitCode, 2) << arguments;
         EXPECT_THAT(result.errors, testing::HasSubstr(reason)) << arguments;
-    }
-
-    /// All that is in a folder, hidden files included.
-    std::set<std::string> namesIn(const std::string& name) const {
-        std::set<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder / name))
-            names.insert(entry.path().filename().string());
-        return names;
     }
 
     void overwrite(const std::string& file, std::streamoff offset, int byte) const {

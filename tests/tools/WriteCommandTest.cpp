@@ -20,7 +20,7 @@ protected:
     void SetUp() override { fs::create_directory(folder / "out"); }
 
     ProcessResult write(const std::string& arguments) const { return zet("write " + arguments); }
-    std::set<std::string> written() const { return namesIn("out"); }
+    std::set<std::string> written() const { return namesIn(folder / "out"); }
 
     /// Pictures of 8-bit samples, of which each tells its frame.
     void makePictures(const std::string& pattern, const std::vector<int>& frames, int width = 6) const {
