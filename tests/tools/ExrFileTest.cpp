@@ -5,13 +5,8 @@
 #include <tools/zet/ExrFile.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <memory>
 #include <random>
-#include <string>
-#include <vector>
 
 using namespace testing;
 using namespace TestSupport;
@@ -32,30 +27,19 @@ Sample halfNoise(int height) {
     };
 }
 
-/// Rows from the top, channel by channel, as OpenImageIO reads them.
-std::vector<float> expectedSamples(OIIO::ImageInput& input) {
-    const OIIO::ImageSpec& spec = input.spec();
-    std::vector<float> samples;
-    std::vector<float> line(static_cast<std::size_t>(spec.width * spec.nchannels));
-    for (int y = 0; y < spec.height; ++y) {
-        EXPECT_TRUE(input.read_scanline(spec.y + y, 0, OIIO::TypeFloat, line.data())) << input.geterror();
-        for (int channel = 0; channel < spec.nchannels; ++channel)
-            for (int x = 0; x < spec.width; ++x)
-                samples.push_back(line[static_cast<std::size_t>(x * spec.nchannels + channel)]);
-    }
-    return samples;
-}
-
-/// The same of a picture whose file's pixels begin at this column and row.
+/// The samples of the file's pixels in the order in which OpenImageIO gives them.
 std::vector<float> samplesOf(Picture& picture, const OIIO::ImageSpec& spec) {
-    std::vector<float> samples;
-    std::vector<float> line(static_cast<std::size_t>(picture.width()));
+    const auto width = static_cast<std::size_t>(spec.width),
+               channels = static_cast<std::size_t>(spec.nchannels);
+    std::vector<float> samples(spec.image_pixels() * channels);
+    std::vector<float> line(width);
+    const int left = spec.x - spec.full_x, top = spec.y - spec.full_y;
     for (int y = 0; y < spec.height; ++y)
-        for (int channel = 0; channel < spec.nchannels; ++channel) {
-            picture.readRow(picture.height() - 1 - (spec.y - spec.full_y + y), 0, picture.width(),
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+            picture.readRow(picture.height() - 1 - top - y, left, left + spec.width,
                             static_cast<EmbeddedHost::PictureChannel>(channel), line.data());
-            const auto first = line.begin() + (spec.x - spec.full_x);
-            samples.insert(samples.end(), first, first + spec.width);
+            for (std::size_t x = 0; x < width; ++x)
+                samples[(static_cast<std::size_t>(y) * width + x) * channels + channel] = line[x];
         }
     return samples;
 }
@@ -92,9 +76,8 @@ TEST_F(ExrFileTest, ReadsWhatOpenImageIOReads) {
         spec.full_height = c.height + 8;
         writePictureFile(file, spec, halfNoise(c.height));
 
-        const auto input = OIIO::ImageInput::open(file.string());
-        ASSERT_TRUE(input);
-        const PictureHeader wanted = ZetImageIo::describe(input->spec());
+        const LoadedPicture<float> loaded(file);
+        const PictureHeader wanted = ZetImageIo::describe(loaded.spec);
         const auto exr = ExrFile::open(file);
         ASSERT_TRUE(exr) << c.compression;
         const PictureHeader header = exr->header();
@@ -106,7 +89,7 @@ TEST_F(ExrFileTest, ReadsWhatOpenImageIOReads) {
         EXPECT_EQ(header.colourSpace, wanted.colourSpace);
         auto picture = exr->read();
         ASSERT_TRUE(picture) << c.compression;
-        EXPECT_EQ(samplesOf(*picture, input->spec()), expectedSamples(*input))
+        EXPECT_EQ(samplesOf(*picture, loaded.spec), loaded.samples)
             << c.compression << ' ' << c.samples << ' ' << c.width << 'x' << c.height;
     }
 }
