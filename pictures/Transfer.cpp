@@ -44,4 +44,11 @@ EmbeddedHost::Transfer chooseTransfer(TransferChoice choice, const PictureHeader
     return isSceneLinear(header) ? Transfer::Srgb : Transfer::None;
 }
 
+std::string transferNote(EmbeddedHost::Transfer transfer) {
+    using EmbeddedHost::Transfer;
+    return transfer == Transfer::None   ? ""
+           : transfer == Transfer::Srgb ? ", linear to sRGB"
+                                        : ", linear to Rec.709";
+}
+
 } // namespace ZetTool

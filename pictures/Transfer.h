@@ -20,4 +20,7 @@ TransferChoice parseTransferChoice(const std::string& name);
 /// a tag, when its samples are floats.
 EmbeddedHost::Transfer chooseTransfer(TransferChoice choice, const PictureHeader& header);
 
+/// What to say of it behind a picture's size: ", linear to sRGB", or nothing where samples stay as they are.
+std::string transferNote(EmbeddedHost::Transfer transfer);
+
 } // namespace ZetTool

@@ -109,6 +109,7 @@ TEST_F(PictureTest, NamesTheFileThatCannotBeRead) {
         EXPECT_THAT(messageOf([&] { readPicture(folder / name); }),
                     HasSubstr((folder / name).string() + ": "));
     EXPECT_THAT(messageOf([&] { readPictureHeader(folder / "none.exr"); }), HasSubstr("does not exist"));
+    EXPECT_THAT(messageOf([&] { readPictureHeader(folder / "empty.exr"); }), HasSubstr("is empty"));
 }
 
 TEST(TransferChoice, FollowsThePicturesOwnTagWhenAutomatic) {

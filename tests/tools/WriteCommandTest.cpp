@@ -69,7 +69,9 @@ TEST_F(WriteCommandTest, TakesSceneLinearPicturesToTheDisplay) {
     writePictureFile(folder / "linear.exr", pictureSpec(1, 1, {"R", "G", "B", "A"}, OIIO::TypeHalf),
                      [](int, int, int channel) { return channel == 3 ? 0.5f : 0.125f; });
     for (const auto& [transfer, colour] : std::map<std::string, int>{{"auto", 68}, {"none", 32}}) {
-        EXPECT_EQ(write("linear.exr -o out/f.zet -f rgba8 --transfer " + transfer).errors, "");
+        const ProcessResult result = write("linear.exr -o out/f.zet -f rgba8 --transfer " + transfer);
+        EXPECT_EQ(result.errors, "");
+        EXPECT_EQ(result.output.find("linear to sRGB") != std::string::npos, transfer == "auto");
         EXPECT_EQ(bytesOf(folder / "out/f.zet").at(28), colour) << transfer;
         EXPECT_EQ(bytesOf(folder / "out/f.zet").at(31), 128) << transfer;
     }

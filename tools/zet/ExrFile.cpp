@@ -1,8 +1,9 @@
 #include "ExrFile.h"
 
+#include <MediaConversion/converters/ParallelRows.h>
+
 #include <OpenEXR/openexr.h>
 #include <opencv2/core/hal/intrin.hpp>
-#include <opencv2/core/utility.hpp>
 #include <strings.h>
 #include <zlib.h>
 
@@ -218,15 +219,12 @@ std::optional<Picture> OpenExrFile::read() const {
     pixels.allocate();
     std::atomic<bool> whole = true;
     const int chunks = (size.height - 1) / rowsPerChunk + 1;
-    cv::parallel_for_(
-        {0, chunks},
-        [&](const cv::Range& range) {
-            ChunkBytes bytes;
-            for (int chunk = range.start; chunk < range.end && whole; ++chunk)
-                if (!readChunk(chunk, bytes, pixels.samples->data()))
-                    whole = false;
-        },
-        cv::getNumThreads());
+    MediaConversion::parallelRanges(chunks, [&](const cv::Range& range) {
+        ChunkBytes bytes;
+        for (int chunk = range.start; chunk < range.end && whole; ++chunk)
+            if (!readChunk(chunk, bytes, pixels.samples->data()))
+                whole = false;
+    });
     if (!whole)
         return {};
     return Picture(header(), std::move(pixels), places);

@@ -49,6 +49,8 @@ void checkReadable(const std::filesystem::path& file) {
         refuse(file, std::generic_category().message(errno));
     if (exists(status) && !is_regular_file(status)) // whose reader may wait for ever
         refuse(file, "is a device, pipe or socket, not a file");
+    if (std::filesystem::file_size(file, error) == 0)
+        refuse(file, "is empty");
 }
 
 } // namespace

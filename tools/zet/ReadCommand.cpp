@@ -114,7 +114,7 @@ const char samplesAndColour[] =
 
 const char status[] = "\n\n"
                       "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
-                      "2 the run could not start; 130 interrupted.";
+                      "2 the run could not start, or standard output took no more; 130 interrupted.";
 
 } // namespace
 

@@ -113,14 +113,10 @@ cv::Mat thumbnail(const cv::Mat& pixels, const PictureSize& tile) {
 }
 
 SheetTile sourceTile(const SheetSource::Frame& source, const PictureSize& tile) {
-    using EmbeddedHost::Transfer;
-    const char* const curve = source.transfer == Transfer::None   ? ""
-                              : source.transfer == Transfer::Srgb ? ", linear to sRGB"
-                                                                  : ", linear to Rec.709";
     return {thumbnail(source.pixels, tile),
             {},
             {fmt::format("{} (source)", nameOf(source.name)), fmt::format("frame {}", source.number),
-             source.size().text() + curve}};
+             source.size().text() + transferNote(source.transfer)}};
 }
 
 std::string percentText(double fraction) { return fmt::format("{:.3g} %", 100 * fraction); }

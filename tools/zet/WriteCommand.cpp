@@ -54,17 +54,20 @@ void noteHoles(const WritePlan& plan, const WriteRequest& request) {
     if (hole == there.end())
         return;
     const auto span = static_cast<std::size_t>(static_cast<long>(there.back()) - there.front() + 1);
-    std::cout << fmt::format("note: {} between {} and {} have no pictures, first {}\n",
-                             frameCount(span - there.size()), there.front(), there.back(), *hole + 1);
+    const std::size_t missing = span - there.size();
+    std::cout << fmt::format("note: {} between {} and {} {}, first {}\n", frameCount(missing), there.front(),
+                             there.back(), missing == 1 ? "has no picture" : "have no pictures", *hole + 1);
 }
 
 void printSummary(const WritePlan& plan, const FrameResult& result, const ProgressCount& count,
-                  bool verified) {
+                  const RunSettings& settings) {
     if (!plan.whole.empty())
         std::cout << fmt::format("whole already: {}\n", frameCount(plan.whole.size()));
     const std::string look =
-        plan.shape ? fmt::format(" of {} \"{}\"", plan.shape->size().text(), plan.format->label) : "";
-    printWritten(verified ? "wrote and verified" : "wrote", plan.target, result, look, count);
+        plan.shape ? fmt::format(" of {} \"{}\"{}", plan.shape->size().text(), plan.format->label,
+                                 transferNote(chooseTransfer(settings.transfer, *plan.picture)))
+                   : "";
+    printWritten(settings.verify ? "wrote and verified" : "wrote", plan.target, result, look, count);
 }
 
 /// The command line of a run that goes on where this one ended. The option comes first: behind a "--" it
@@ -117,7 +120,8 @@ ExitCode run(Options options, const std::string& commandLine) {
     }
     if (options.dryRun) {
         std::ostream silent(nullptr);
-        const auto failing = printPlan(plan, options.quiet ? silent : std::cout, std::cerr);
+        const auto failing =
+            printPlan(plan, options.run.transfer, options.quiet ? silent : std::cout, std::cerr);
         return failing == 0 ? ExitCode::Done : ExitCode::FramesFailed;
     }
 
@@ -132,7 +136,7 @@ ExitCode run(Options options, const std::string& commandLine) {
     const FrameResult result = runWrite(plan, nodes, options.run, progress);
     const ProgressCount count = progress.finish();
     if (!options.quiet)
-        printSummary(plan, result, count, options.run.verify);
+        printSummary(plan, result, count, options.run);
     return judge(result, plan.frames.size(), options.resume ? commandLine : resuming(commandLine));
 }
 
@@ -151,7 +155,7 @@ const char manifestAndStatus[] =
     "\nEach file gets its entry as soon as it has its name. Entries of files that a run does not write\n"
     "are kept. Runs at the same time need a manifest each: \"zet check\" takes several.\n\n"
     "Exit status: 0 every frame was written; 1 some frames failed, and were named;\n"
-    "2 the run could not start; 130 interrupted.";
+    "2 the run could not start, or standard output took no more; 130 interrupted.";
 
 } // namespace
 

@@ -143,16 +143,19 @@ void leaveOutWhole(WritePlan& plan, const Manifest* manifest, unsigned jobs) {
         (whole[i] ? plan.whole : plan.frames).push_back(all[i]);
 }
 
-std::size_t printPlan(const WritePlan& plan, std::ostream& output, std::ostream& errors) {
+std::size_t printPlan(const WritePlan& plan, TransferChoice transfer, std::ostream& output,
+                      std::ostream& errors) {
     std::size_t failing = 0;
     std::uint64_t total = 0;
     for (const int frame : plan.whole)
         output << fmt::format("{} is whole\n", plan.target.frame(frame).string());
     for (const int frame : plan.frames)
         try {
-            const MediaFileShape& shape = plan.shapeFor(frame, plan.source->header(frame));
-            output << fmt::format("{} -> {}  {}  {} bytes\n", plan.source->name(frame),
-                                  plan.target.frame(frame).string(), shape.size().text(), shape.bytes());
+            const PictureHeader picture = plan.source->header(frame);
+            const MediaFileShape& shape = plan.shapeFor(frame, picture);
+            output << fmt::format("{} -> {}  {}{}  {} bytes\n", plan.source->name(frame),
+                                  plan.target.frame(frame).string(), shape.size().text(),
+                                  transferNote(chooseTransfer(transfer, picture)), shape.bytes());
             total += shape.bytes();
         } catch (const std::exception& error) {
             errors << fmt::format("zet: frame {}: {}\n", frame, error.what());

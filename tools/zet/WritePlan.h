@@ -7,6 +7,7 @@
 
 #include <pictures/FormatChoice.h>
 #include <pictures/MediaFileShape.h>
+#include <pictures/Transfer.h>
 
 #include <iosfwd>
 #include <memory>
@@ -54,6 +55,7 @@ void leaveOutWhole(WritePlan& plan, const Manifest* manifest, unsigned jobs);
 
 /// Lists what would be written, with sizes, and what stands in the way of single frames. Returns the number
 /// of frames that would fail.
-std::size_t printPlan(const WritePlan& plan, std::ostream& output, std::ostream& errors);
+std::size_t printPlan(const WritePlan& plan, TransferChoice transfer, std::ostream& output,
+                      std::ostream& errors);
 
 } // namespace ZetTool
