@@ -64,6 +64,7 @@ TEST_F(ExrFileTest, ReadsWhatOpenImageIOReads) {
              {"zip", OIIO::TypeHalf, 4, 64, 48, "decreasingY"},
              {"zip", OIIO::TypeFloat, 4, 13, 33},
              {"zips", OIIO::TypeHalf, 4, 7, 9},
+             {"zips", OIIO::TypeHalf, 3, 201, 9}, // an odd number of even bytes
              {"zips", OIIO::TypeFloat, 3, 40, 5},
          }) {
         auto spec = pictureSpec(c.width, c.height, channelNames(c.channels), c.samples);
